@@ -1,0 +1,19 @@
+// The real adapters, one per port, each defined in its platform's file
+// (platform/windows/*_win32.cpp or platform/posix/*_posix.cpp); defaultPorts()
+// gathers them.
+#pragma once
+
+#include "platform/ports.h"
+
+namespace ostrel::platform {
+
+RegistryPort& systemRegistry();  // Windows: the Win32 registry; Linux: an empty .reg registry
+DebugStreamPort& systemDebugStream();
+ClockPort& systemClock();
+MessageBoxPort& systemMessageBox();
+FileSystemPort& systemFileSystem();
+EnvironmentPort& systemEnvironment();
+LocalePort& systemLocale();
+SystemInfoPort& systemInfo();
+
+}  // namespace ostrel::platform

@@ -1,0 +1,84 @@
+// The run time's ordered keyed list (a VB Collection): positions count from
+// 1, an entry has at most one key, key look-ups ignore case, a missing key
+// raises 5, a missing position 9, a duplicate key 457. Look-ups by key are
+// hashed, so a large list costs no walk per look-up.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "runtime/automation_error.h"
+#include "runtime/convert.h"
+#include "runtime/text.h"
+#include "runtime/variant.h"
+
+namespace ostrel {
+
+template <class T>
+class KeyedList {
+public:
+    struct Entry {
+        T item;
+        std::optional<std::string> key;  // as given; compared through lowerCase
+    };
+
+    int32_t count() const { return static_cast<int32_t>(entries_.size()); }
+
+    // Appends; a key already present (in any case) raises 457 and adds nothing.
+    void add(T item, std::optional<std::string> key = std::nullopt) {
+        if (key) {
+            std::string folded = lowerCase(*key);
+            if (index_.contains(folded)) raise(kErrDuplicateKey);
+            index_.emplace(std::move(folded), entries_.size());
+        }
+        entries_.push_back(Entry{std::move(item), std::move(key)});
+    }
+
+    const T& item(int32_t position) const { return entries_[positionIndex(position)].item; }
+    const T& item(std::string_view key) const { return entries_[keyIndex(key)].item; }
+    // Item(vntIndexKey): a string is a key, a number a position (rounded
+    // as the run time rounds), anything else raises 13.
+    const T& item(const Variant& indexKey) const { return entries_[variantIndex(indexKey)].item; }
+
+    void remove(int32_t position) { eraseAt(positionIndex(position)); }
+    void remove(std::string_view key) { eraseAt(keyIndex(key)); }
+    void remove(const Variant& indexKey) { eraseAt(variantIndex(indexKey)); }
+
+    bool containsKey(std::string_view key) const { return index_.contains(lowerCase(key)); }
+
+    auto begin() const { return entries_.begin(); }
+    auto end() const { return entries_.end(); }
+
+private:
+    size_t positionIndex(int32_t position) const {
+        if (position < 1 || position > count()) raise(kErrSubscript);
+        return static_cast<size_t>(position - 1);
+    }
+    size_t keyIndex(std::string_view key) const {
+        auto found = index_.find(lowerCase(key));
+        if (found == index_.end()) raise(kErrInvalidCall);
+        return found->second;
+    }
+    size_t variantIndex(const Variant& indexKey) const {
+        if (const auto* key = indexKey.getIf<std::string>()) return keyIndex(*key);
+        if (!indexKey.isNumber()) raise(kErrTypeMismatch);
+        return positionIndex(toLong(indexKey));
+    }
+    void eraseAt(size_t at) {
+        if (entries_[at].key) index_.erase(lowerCase(*entries_[at].key));
+        entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
+        for (auto& [folded, where] : index_) {
+            if (where > at) --where;
+        }
+    }
+
+    std::vector<Entry> entries_;
+    std::unordered_map<std::string, size_t> index_;  // lower-cased key -> entry
+};
+
+}  // namespace ostrel
