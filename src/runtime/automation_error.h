@@ -15,14 +15,18 @@ enum ErrorNumber : int32_t {
     kErrOverflow = 6,           // "Overflow"
     kErrOutOfMemory = 7,        // "Out of memory"
     kErrSubscript = 9,          // "Subscript out of range"
+    kErrDivisionByZero = 11,    // "Division by zero"
     kErrTypeMismatch = 13,      // "Type mismatch"
+    kErrInternal = 51,          // "Internal error"
     kErrFileNotFound = 53,      // "File not found"
     kErrPermissionDenied = 70,  // "Permission denied"
     kErrPathNotFound = 76,      // "Path not found"
     kErrObjectNotSet = 91,      // "Object variable or With block variable not set"
+    kErrInvalidNull = 94,       // "Invalid use of Null"
+    kErrObjectRequired = 424,   // "Object required"
     kErrCantCreate = 429,       // "ActiveX component can't create object"
     kErrNoMember = 438,         // "Object doesn't support this property or method"
-    kErrDuplicateKey = 457,     // "This key is already associated with an element of this collection"
+    kErrDuplicateKey = 457,  // "This key is already associated with an element of this collection"
 };
 
 // The standard description of a run-time error number; "Application-defined or
@@ -47,7 +51,7 @@ struct AutomationError : std::exception {
 // Inside a catch block: the error in flight as the run time would report it.
 // Anything that is not an AutomationError becomes one (std::bad_alloc is 7,
 // every other exception 51 "Internal error"), so a handler always has a
-// number and a description to print.
+// number and a description to print. Outside a handler: number 0, no text.
 AutomationError currentError() noexcept;
 
 // One step of a resume-next sequence: a failing step is skipped and the next

@@ -4,6 +4,7 @@
 // hashed, so a large list costs no walk per look-up.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ namespace ostrel {
 
 template <class T>
 class KeyedList {
-public:
+  public:
     struct Entry {
         T item;
         std::optional<std::string> key;  // as given; compared through lowerCase
@@ -31,16 +32,26 @@ public:
 
     // Appends; a key already present (in any case) raises 457 and adds nothing.
     void add(T item, std::optional<std::string> key = std::nullopt) {
+        std::string folded;
         if (key) {
-            std::string folded = lowerCase(*key);
+            folded = lowerCase(*key);
             if (index_.contains(folded)) raise(kErrDuplicateKey);
-            index_.emplace(std::move(folded), entries_.size());
         }
         entries_.push_back(Entry{std::move(item), std::move(key)});
+        if (!entries_.back().key) return;
+        try {
+            index_.emplace(std::move(folded), entries_.size() - 1);
+        } catch (...) {
+            entries_.pop_back();  // a failed add leaves the list as it was
+            throw;
+        }
     }
 
     const T& item(int32_t position) const { return entries_[positionIndex(position)].item; }
     const T& item(std::string_view key) const { return entries_[keyIndex(key)].item; }
+    // Text is always a key; these spare callers an ambiguous conversion.
+    const T& item(const std::string& key) const { return item(std::string_view(key)); }
+    const T& item(const char* key) const { return item(std::string_view(key)); }
     // Item(vntIndexKey): a string is a key, a number a position (rounded
     // as the run time rounds), anything else raises 13.
     const T& item(const Variant& indexKey) const { return entries_[variantIndex(indexKey)].item; }
@@ -48,13 +59,15 @@ public:
     void remove(int32_t position) { eraseAt(positionIndex(position)); }
     void remove(std::string_view key) { eraseAt(keyIndex(key)); }
     void remove(const Variant& indexKey) { eraseAt(variantIndex(indexKey)); }
+    void remove(const std::string& key) { remove(std::string_view(key)); }
+    void remove(const char* key) { remove(std::string_view(key)); }
 
     bool containsKey(std::string_view key) const { return index_.contains(lowerCase(key)); }
 
     auto begin() const { return entries_.begin(); }
     auto end() const { return entries_.end(); }
 
-private:
+  private:
     size_t positionIndex(int32_t position) const {
         if (position < 1 || position > count()) raise(kErrSubscript);
         return static_cast<size_t>(position - 1);

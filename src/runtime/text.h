@@ -9,11 +9,15 @@
 namespace ostrel {
 
 // LCase: every letter to lower case, non-ASCII letters (Latin, Greek,
-// Cyrillic) included; bytes that are not valid UTF-8 are kept as they are.
+// Cyrillic, Armenian) included; bytes that are not valid UTF-8 are kept as
+// they are. One letter maps to one letter, by a fixed table that does not
+// depend on the platform or the locale.
 std::string lowerCase(std::string_view text);
 std::string upperCase(std::string_view text);
 
-// vbTextCompare: negative, zero or positive; equalsText is compareText == 0.
+// vbTextCompare: -1, 0 or 1; equalsText is compareText == 0. The order is
+// that of the lower-cased texts' code points, the same on every machine,
+// not the user's collation.
 int compareText(std::string_view a, std::string_view b);
 bool equalsText(std::string_view a, std::string_view b);
 
@@ -22,13 +26,17 @@ std::string trimBlanks(std::string_view text);
 
 // The file system object's BuildPath: joins a path and a name with one
 // separator, adding none when the path already ends with one or the name
-// starts with one. An empty path gives the name; an empty name the path.
+// starts with one, and dropping one when both have it. An empty path gives
+// the name; an empty name the path. With '\\' as separator '/' counts as
+// one too, and a bare drive ("C:") takes none.
 std::string joinPath(std::string_view path, std::string_view name, char separator);
 
 // Text up to its first NUL character: what a fixed system buffer holds.
+// A NUL beyond UTF-16 position 32767 raises 6, as the routine always has.
 std::string gfstrTrimAtNull(std::string_view buffer);
 
-// UTF-8 and UTF-16 at the edges (hosts, Windows adapters).
+// UTF-8 and UTF-16 at the edges (hosts, Windows adapters). Invalid input
+// becomes U+FFFD.
 std::u16string toUtf16(std::string_view utf8);
 std::string fromUtf16(std::u16string_view utf16);
 

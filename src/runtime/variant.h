@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "runtime/object.h"
@@ -23,7 +24,7 @@ struct DateValue {
 };
 
 class Variant {
-public:
+  public:
     using Storage = std::variant<EmptyValue, NullValue, bool, int16_t, int32_t, double, DateValue,
                                  std::string, Ref<Object>>;
 
@@ -37,6 +38,7 @@ public:
     Variant(DateValue v) : value_(v) {}
     Variant(std::string v) : value_(std::move(v)) {}
     Variant(const char* v) : value_(std::string(v)) {}
+    Variant(std::string_view v) : value_(std::string(v)) {}
     Variant(Ref<Object> v) : value_(std::move(v)) {}
 
     bool isEmpty() const { return std::holds_alternative<EmptyValue>(value_); }
@@ -54,7 +56,7 @@ public:
 
     friend bool operator==(const Variant& a, const Variant& b) = default;
 
-private:
+  private:
     Storage value_;
 };
 

@@ -1,0 +1,100 @@
+#include "runtime/keyed_list.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+namespace {
+
+template <class F>
+std::optional<int32_t> errorOf(F&& call) {
+    try {
+        call();
+    } catch (const AutomationError& e) {
+        return e.number;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> itemsOf(const KeyedList<std::string>& list) {
+    std::vector<std::string> items;
+    for (const auto& entry : list) items.push_back(entry.item);
+    return items;
+}
+
+TEST(KeyedList, PositionsAndKeys) {
+    KeyedList<std::string> list;
+    list.add("first", "AbC");
+    list.add("second");
+    list.add("third", "Ärger");
+    list.add("fourth", "");  // an empty key is a key like any other
+
+    EXPECT_EQ(list.count(), 4);
+    EXPECT_EQ(list.item(1), "first");
+    EXPECT_EQ(list.item(4), "fourth");
+    EXPECT_EQ(list.item("abc"), "first");
+    EXPECT_EQ(list.item(std::string("ABC")), "first");
+    EXPECT_EQ(list.item("äRGER"), "third");  // case ignored beyond ASCII too
+    EXPECT_TRUE(list.containsKey("ÄRGER"));
+    EXPECT_FALSE(list.containsKey("abc "));  // keys are not trimmed
+    EXPECT_EQ(list.begin()->key, "AbC");     // the key is kept as given
+
+    EXPECT_EQ(errorOf([&] { list.item(0); }), 9);
+    EXPECT_EQ(errorOf([&] { list.item(5); }), 9);
+    EXPECT_EQ(errorOf([&] { list.item(-1); }), 9);
+    EXPECT_EQ(errorOf([&] { list.item("missing"); }), 5);
+    EXPECT_EQ(errorOf([&] { list.add("dup", "ABC"); }), 457);
+    EXPECT_EQ(errorOf([&] { list.add("dup", "ärger"); }), 457);
+    EXPECT_EQ(list.count(), 4);  // a refused add adds nothing
+    EXPECT_EQ(itemsOf(list), (std::vector<std::string>{"first", "second", "third", "fourth"}));
+}
+
+TEST(KeyedList, ItemByVariant) {
+    KeyedList<std::string> list;
+    list.add("one", "1");
+    list.add("two", "k2");
+    list.add("three", "k3");
+
+    // a string is always a key, even one that reads as a number
+    EXPECT_EQ(list.item(Variant("1")), "one");
+    EXPECT_EQ(errorOf([&] { list.item(Variant("2")); }), 5);
+    EXPECT_EQ(list.item(Variant(int16_t{2})), "two");
+    EXPECT_EQ(list.item(Variant(int32_t{3})), "three");
+    EXPECT_EQ(list.item(Variant(2.5)), "two");  // banker's rounding
+    EXPECT_EQ(list.item(Variant(1.5)), "two");
+    EXPECT_EQ(errorOf([&] { list.item(Variant(3.5)); }), 9);   // rounds to 4
+    EXPECT_EQ(errorOf([&] { list.item(Variant(true)); }), 9);  // True is -1
+    EXPECT_EQ(errorOf([&] { list.item(Variant(1e10)); }), 6);
+    EXPECT_EQ(errorOf([&] { list.item(Variant()); }), 13);
+    EXPECT_EQ(errorOf([&] { list.item(Variant(NullValue{})); }), 13);
+    EXPECT_EQ(errorOf([&] { list.item(Variant(makeRef<Object>())); }), 13);
+}
+
+TEST(KeyedList, RemoveKeepsOrderAndIndex) {
+    KeyedList<std::string> list;
+    for (const char* name : {"a", "b", "c", "d", "e"}) list.add(name, std::string("K") + name);
+
+    list.remove(2);           // b
+    list.remove("kd");        // d
+    list.remove(Variant(1));  // a
+    EXPECT_EQ(itemsOf(list), (std::vector<std::string>{"c", "e"}));
+    // the keys after a removed entry still find their own entries
+    EXPECT_EQ(list.item("KC"), "c");
+    EXPECT_EQ(list.item("ke"), "e");
+    EXPECT_EQ(list.item(2), "e");
+    EXPECT_FALSE(list.containsKey("kb"));
+    // a removed key is free again
+    list.add("b2", "KB");
+    EXPECT_EQ(list.item(3), "b2");
+    EXPECT_EQ(list.item("kb"), "b2");
+
+    EXPECT_EQ(errorOf([&] { list.remove(4); }), 9);
+    EXPECT_EQ(errorOf([&] { list.remove("kd"); }), 5);
+    EXPECT_EQ(list.count(), 3);
+}
+
+}  // namespace
+}  // namespace ostrel
