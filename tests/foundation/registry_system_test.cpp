@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "foundation/wnc_registry.h"
+#include "platform/adapters.h"
+
+namespace ostrel::platform {
+namespace {
+
+#ifdef _WIN32
+TEST(SystemRegistry, ReadsTheWindowsRegistry) {
+    RegistryPort& registry = systemRegistry();
+    int32_t code = -1;
+    auto version = registry.open(kHiveLocalMachine,
+                                 "Software\\Microsoft\\Windows NT\\CurrentVersion", kKeyRead, code);
+    ASSERT_TRUE(version);
+    EXPECT_EQ(code, 0);
+    EXPECT_FALSE(version->stringValue("CurrentVersion").value_or("").empty());
+    EXPECT_EQ(version->dwordValue("CurrentVersion"), std::nullopt);  // a string, not a dword
+    EXPECT_EQ(version->stringValue("NoSuchValueHere"), std::nullopt);
+
+    auto microsoft = registry.open(kHiveLocalMachine, "SOFTWARE\\microsoft", kKeyRead, code);
+    ASSERT_TRUE(microsoft);
+    std::vector<std::string> names;
+    for (uint32_t i = 0; auto name = microsoft->subKeyName(i); ++i) names.push_back(*name);
+    EXPECT_NE(std::find(names.begin(), names.end(), "Windows"), names.end());
+
+    EXPECT_FALSE(registry.open(kHiveLocalMachine, "Software\\No\\Such\\Key", kKeyRead, code));
+    EXPECT_EQ(code, 2);
+    EXPECT_FALSE(registry.open(4, "", kKeyRead, code));
+    EXPECT_NE(code, 0);
+}
+#else
+TEST(SystemRegistry, StartsEmptyOffWindows) {
+    int32_t code = -1;
+    EXPECT_FALSE(systemRegistry().open(kHiveLocalMachine, "Software", kKeyRead, code));
+    EXPECT_EQ(code, 2);
+}
+#endif
+
+}  // namespace
+}  // namespace ostrel::platform
