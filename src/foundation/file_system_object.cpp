@@ -1,0 +1,75 @@
+#include "foundation/file_system_object.h"
+
+#include "foundation/globals.h"
+#include "runtime/automation_error.h"
+#include "runtime/text.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr char kKeySeparator = '\\';
+
+// The folder part of a path, either separator counting (Windows takes both).
+std::string_view parentFolder(std::string_view path) {
+    const size_t cut = path.find_last_of("/\\");
+    return cut == std::string_view::npos ? std::string_view() : path.substr(0, cut);
+}
+
+}  // namespace
+
+FileSystemObject::FileSystemObject(platform::FileSystemPort* port) : port_(port) {
+    if (!port_) raise(kErrCantCreate);
+}
+
+std::string FileSystemObject::BuildPath(std::string_view path, std::string_view name) const {
+    return joinPath(path, name, port_->separator());
+}
+
+bool FileSystemObject::FileExists(std::string_view path) const {
+    return port_->fileExists(path);
+}
+
+bool FileSystemObject::FolderExists(std::string_view path) const {
+    return port_->folderExists(path);
+}
+
+int64_t FileSystemObject::FileSize(std::string_view path) const {
+    const auto size = port_->fileSize(path);
+    if (!size) raise(kErrFileNotFound);
+    return *size;
+}
+
+void FileSystemObject::DeleteFile(std::string_view path, bool force) const {
+    if (!port_->deleteFile(path, force)) {
+        raise(port_->fileExists(path) ? kErrPermissionDenied : kErrFileNotFound);
+    }
+}
+
+void FileSystemObject::AppendLine(std::string_view path, std::string_view text) const {
+    if (!port_->appendLine(path, text)) {
+        const std::string_view folder = parentFolder(path);
+        // A missing file is created, a missing folder never.
+        raise(folder.empty() || port_->folderExists(folder) ? kErrPermissionDenied
+                                                            : kErrPathNotFound);
+    }
+}
+
+std::string FileSystemObject::ReadAll(std::string_view path) const {
+    auto text = port_->readTextFile(path);
+    if (!text) raise(kErrFileNotFound);
+    return std::move(*text);
+}
+
+FileSystemObject& fileSystem() {
+    const Ref<FileSystemObject>& fso = apartment().gobjFileSystem;
+    if (!fso) raise(kErrObjectNotSet);
+    return *fso;
+}
+
+std::string buildKeyPath(std::string_view path, std::string_view name) {
+    fileSystem();  // raises 91, as every path operation does, when Main couldn't make it
+    return joinPath(path, name, kKeySeparator);
+}
+
+}  // namespace ostrel

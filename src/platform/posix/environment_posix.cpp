@@ -1,0 +1,57 @@
+#include <dlfcn.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/adapters.h"
+
+namespace ostrel::platform {
+
+namespace {
+
+// The file this code was loaded from: the shared object, or the program itself.
+std::string moduleFile() {
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<void*>(&moduleFile), &info) != 0 && info.dli_fname &&
+        info.dli_fname[0] == '/') {
+        return info.dli_fname;
+    }
+    // The main program is named as it was started, maybe relative to a
+    // directory we have since left.
+    char buffer[PATH_MAX];
+    const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+    return n > 0 ? std::string(buffer, static_cast<size_t>(n)) : std::string();
+}
+
+class PosixEnvironment final : public EnvironmentPort {
+  public:
+    std::optional<std::string> variable(std::string_view name) override {
+        const char* value = std::getenv(std::string(name).c_str());
+        if (!value) return std::nullopt;
+        return std::string(value);
+    }
+
+    std::string componentFolder() override {
+        std::string file = moduleFile();
+        // Data files lie beside the real artefact, not beside a link to it.
+        if (char* real = ::realpath(file.c_str(), nullptr)) {
+            file = real;
+            std::free(real);
+        }
+        const size_t cut = file.rfind('/');
+        if (cut == std::string::npos) return std::string();
+        return cut == 0 ? std::string("/") : file.substr(0, cut);
+    }
+};
+
+}  // namespace
+
+EnvironmentPort& systemEnvironment() {
+    static PosixEnvironment environment;
+    return environment;
+}
+
+}  // namespace ostrel::platform

@@ -1,0 +1,81 @@
+// Fakes of the ports for tests: each records what the core asked of it or
+// answers what the test put in it. None does anything behind the test's back.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/ports.h"
+
+namespace ostrel::fakes {
+
+// A clock that stands still at the time the test sets.
+class FakeClock : public platform::ClockPort {
+  public:
+    DateTimeParts time{2024, 3, 5, 14, 7, 9};
+    DateTimeParts now() override { return time; }
+};
+
+// Keeps every text written to the debugger stream.
+class CapturingDebugStream : public platform::DebugStreamPort {
+  public:
+    std::vector<std::string> texts;
+    void write(std::string_view text) override { texts.emplace_back(text); }
+};
+
+// Keeps every box shown instead of showing it.
+class CapturingMessageBox : public platform::MessageBoxPort {
+  public:
+    struct Shown {
+        std::string text;
+        int32_t style = 0;
+        std::string title;
+    };
+    std::vector<Shown> shown;
+    void show(std::string_view text, int32_t style, std::string_view title) override {
+        shown.push_back(Shown{std::string(text), style, std::string(title)});
+    }
+};
+
+// Environment variables from a map (a missing entry is an unset variable)
+// and a component folder of the test's choice.
+class FakeEnvironment : public platform::EnvironmentPort {
+  public:
+    std::map<std::string, std::string, std::less<>> variables;
+    std::string folder;
+    std::optional<std::string> variable(std::string_view name) override;
+    std::string componentFolder() override { return folder; }
+};
+
+// Locale facts as the test sets them (English by default).
+class FakeLocale : public platform::LocalePort {
+  public:
+    LocaleFacts localeFacts;
+    LocaleFacts facts() override { return localeFacts; }
+};
+
+// System records and names as the test sets them. The name calls behave as
+// GetComputerNameExA/GetUserNameExA: a format without an entry fails; a
+// buffer or size too small for the name and its NUL fails with size set to
+// what is needed; otherwise the name and a NUL are written at the start of
+// the buffer (the rest stays) and size becomes the name's length.
+class FakeSystemInfo : public platform::SystemInfoPort {
+  public:
+    platform::OsVersionRecord version;
+    bool versionSucceeds = true;
+    platform::SystemRecord system;
+    platform::SystemRecord nativeSystem;
+    std::map<int32_t, std::string> computerNames;  // by name format
+    std::map<int32_t, std::string> userNames;      // by name format
+
+    bool getVersionEx(platform::OsVersionRecord& record) override;
+    void getSystemInfo(platform::SystemRecord& record) override { record = system; }
+    void getNativeSystemInfo(platform::SystemRecord& record) override { record = nativeSystem; }
+    bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
+    bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
+};
+
+}  // namespace ostrel::fakes

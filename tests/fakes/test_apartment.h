@@ -1,0 +1,57 @@
+// A fresh apartment for one test: this thread's globals are replaced by new
+// ones working through fakes, the real file system and a temporary folder
+// that stands for ProgramData. The destructor leaves fresh globals on the
+// real ports behind, so no test sees another's state.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "fakes/fake_ports.h"
+#include "platform/common/registry_regfile.h"
+#include "platform/ports.h"
+
+namespace ostrel::fakes {
+
+class TestApartment {
+  public:
+    // Installs the globals at once: ProgramData is the temporary folder, the
+    // component folder the one of the test program (where the language file
+    // lies), the registry an empty .reg registry.
+    TestApartment();
+    ~TestApartment();
+    TestApartment(const TestApartment&) = delete;
+    TestApartment& operator=(const TestApartment&) = delete;
+
+    // Layers .reg text over the registry (see RegFileRegistry::loadText).
+    void loadRegistry(std::string_view regText);
+    // Replaces this thread's globals by fresh ones on `ports` (after a test
+    // has nulled a port, for instance): state back to not started.
+    void install();
+
+    // ProgramData\QUORL, created; and files in it.
+    std::string dataFolder() const;
+    std::string dataFile(std::string_view name) const;
+    // The marker that switches the log on.
+    void writeMarker() const;
+
+    FakeClock clock;
+    CapturingDebugStream debugStream;
+    CapturingMessageBox messageBox;
+    FakeEnvironment environment;
+    FakeLocale locale;
+    FakeSystemInfo systemInfo;
+    platform::RegFileRegistry registry;
+    std::filesystem::path programData;
+    platform::Ports ports;  // what install() puts in place; tests may change it
+};
+
+// UTF-8 text and paths, both ways, so tests work the same on Windows.
+std::filesystem::path pathOf(std::string_view utf8);
+std::string utf8Of(const std::filesystem::path& path);
+// Whole files as bytes; readBytes gives "" for a missing file.
+std::string readBytes(const std::filesystem::path& path);
+void writeBytes(const std::filesystem::path& path, std::string_view bytes);
+
+}  // namespace ostrel::fakes

@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "fakes/test_apartment.h"
+#include "foundation/debug_log.h"
+#include "foundation/file_system_object.h"
+#include "foundation/globals.h"
+
+namespace ostrel {
+namespace {
+
+using fakes::pathOf;
+using fakes::readBytes;
+using fakes::TestApartment;
+using fakes::writeBytes;
+
+constexpr const char* kBanner = "*** START version: 14.15.0";
+
+class DebugLog : public ::testing::Test {
+  protected:
+    // What Main does before diagnostics start: the file system object exists.
+    void startDiagnostics() {
+        apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+        gsubInitDebug("", 0);
+    }
+    std::filesystem::path logFile() const { return pathOf(fx.dataFile("ot.log")); }
+
+    TestApartment fx;  // the clock stands at 14:07:09 on 5 March 2024
+};
+
+TEST_F(DebugLog, WithoutMarkerOnlyTheDebuggerHearsAndAnOldLogStays) {
+    const std::string oldLog(3 * 1024 * 1024, 'x');
+    writeBytes(logFile(), oldLog);
+    // A folder of the marker's name doesn't count.
+    std::filesystem::create_directory(pathOf(fx.dataFile("debug_ot")));
+    startDiagnostics();
+    gsubDebugPrint("hello");
+
+    EXPECT_FALSE(gblnDebug());
+    EXPECT_EQ(glngDebugLevel(), 0);
+    EXPECT_EQ(apartment().gstrLogFilename, "");
+    EXPECT_EQ(readBytes(logFile()), oldLog);
+    ASSERT_EQ(fx.debugStream.texts.size(), 1u);
+    EXPECT_EQ(fx.debugStream.texts[0], "hello\r\n");
+}
+
+TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLines) {
+    fx.writeMarker();
+    fx.locale.localeFacts.monthAbbreviations[2] = "Mrz";
+    startDiagnostics();
+    EXPECT_TRUE(gblnDebug());
+    EXPECT_EQ(glngDebugLevel(), 1);
+    EXPECT_EQ(apartment().gstrLogFilename, fx.dataFile("ot.log"));
+
+    fx.clock.time = {2024, 3, 5, 9, 2, 3};
+    gsubDebugPrint("[gfstrDemo] ERROR: File not found");
+    EXPECT_EQ(readBytes(logFile()),
+              std::string("14:07:09 05-Mrz-2024 ") + kBanner +
+                  "\r\n"
+                  "09:02:03 05-Mrz-2024 [gfstrDemo] ERROR: File not found\r\n");
+    ASSERT_EQ(fx.debugStream.texts.size(), 2u);
+    EXPECT_EQ(fx.debugStream.texts[0], std::string(kBanner) + "\r\n");
+}
+
+TEST_F(DebugLog, FileGetsTheTextAsItIsAndTheDebuggerALineEnd) {
+    fx.writeMarker();
+    startDiagnostics();
+    std::filesystem::remove(logFile());
+    fx.debugStream.texts.clear();
+
+    gsubDebugPrint("");
+    gsubDebugPrint("ends\r\n");
+    gsubDebugPrint("one\r\ntwo");
+    gsubDebugPrint("lf only\n");
+
+    EXPECT_EQ(readBytes(logFile()),
+              "14:07:09 05-Mar-2024 \r\n"
+              "14:07:09 05-Mar-2024 ends\r\n\r\n"
+              "14:07:09 05-Mar-2024 one\r\ntwo\r\n"
+              "14:07:09 05-Mar-2024 lf only\n\r\n");
+    EXPECT_EQ(fx.debugStream.texts,
+              (std::vector<std::string>{"\r\n", "ends\r\n", "one\r\ntwo\r\n", "lf only\n\r\n"}));
+}
+
+TEST_F(DebugLog, OversizedLogIsDeletedAtStartAndTheBoundItselfIsKept) {
+    fx.writeMarker();
+    const std::string banner = std::string("14:07:09 05-Mar-2024 ") + kBanner + "\r\n";
+
+    writeBytes(logFile(), std::string(2097152, 'k'));
+    startDiagnostics();
+    EXPECT_EQ(readBytes(logFile()), std::string(2097152, 'k') + banner);
+
+    fx.install();
+    writeBytes(logFile(), std::string(2097153, 'd'));
+    std::filesystem::permissions(logFile(), std::filesystem::perms::all,
+                                 std::filesystem::perm_options::remove);  // read-only goes too
+    startDiagnostics();
+    EXPECT_EQ(readBytes(logFile()), banner);
+}
+
+TEST_F(DebugLog, SecondStartWithTheFlagSetOnlyLowersTheLevel) {
+    fx.writeMarker();
+    startDiagnostics();
+    gsubInitDebug("", 0);
+    EXPECT_TRUE(gblnDebug());
+    EXPECT_EQ(glngDebugLevel(), 0);
+    EXPECT_EQ(fx.debugStream.texts.size(), 1u) << "no second banner";
+
+    // Cleared first, it looks for the marker again and writes a new banner.
+    apartment().gblnDebug = false;
+    gsubInitDebug("", 0);
+    EXPECT_EQ(glngDebugLevel(), 1);
+    EXPECT_EQ(fx.debugStream.texts.size(), 2u);
+}
+
+TEST_F(DebugLog, UnsetProgramDataMeansAFolderBelowTheCurrentDirectory) {
+    fx.environment.variables.erase("ProgramData");
+    const auto previous = std::filesystem::current_path();
+    std::filesystem::current_path(fx.programData);
+    fx.writeMarker();  // ProgramData\QUORL, which is now .\QUORL as well
+    startDiagnostics();
+    gsubDebugPrint("relative");
+    const std::string logName = apartment().gstrLogFilename;
+    const std::string log = readBytes(pathOf(logName));
+    std::filesystem::current_path(previous);
+
+    EXPECT_EQ(logName, fileSystem().BuildPath("QUORL", "ot.log"));
+    EXPECT_NE(log.find("relative\r\n"), std::string::npos);
+}
+
+TEST_F(DebugLog, UnwritableLogLosesTheLineButNotTheDebuggerOutput) {
+    fx.writeMarker();
+    startDiagnostics();
+    const auto folder = pathOf(fx.dataFolder());
+    std::filesystem::remove_all(folder);
+
+    gsubDebugPrint("lost");
+    EXPECT_EQ(fx.debugStream.texts.back(), "lost\r\n");
+    EXPECT_FALSE(std::filesystem::exists(folder)) << "a missing folder is never created";
+
+    // The next message tries again from the start.
+    std::filesystem::create_directory(folder);
+    gsubDebugPrint("back");
+    EXPECT_EQ(readBytes(logFile()), "14:07:09 05-Mar-2024 back\r\n");
+}
+
+}  // namespace
+}  // namespace ostrel
