@@ -1,4 +1,3 @@
-#include "platform/posix/debug_stream_posix.h"
 
 #include <atomic>
 #include <cstdio>
@@ -22,7 +21,8 @@ class PosixDebugStream final : public DebugStreamPort {
 
 }  // namespace
 
-void setDebugStreamEcho(bool on) {
+// Off: the stream is silent, as there is no debugger to listen on Linux.
+void setTraceToStderr(bool on) {
     echoToStderr.store(on, std::memory_order_relaxed);
 }
 

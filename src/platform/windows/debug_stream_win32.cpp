@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/adapters.h"
-#include "platform/windows/debug_stream_win32.h"
+#include "platform/windows/ansi_win32.h"
 #include "runtime/text.h"
 
 namespace ostrel::platform {
@@ -14,17 +14,6 @@ namespace ostrel::platform {
 namespace {
 
 std::atomic<bool> echoToStderr{false};
-
-std::string toAnsi(std::string_view utf8) {
-    const std::u16string wide = toUtf16(utf8);
-    const auto* source = reinterpret_cast<const wchar_t*>(wide.data());
-    const int length = static_cast<int>(wide.size());
-    const int size = WideCharToMultiByte(CP_ACP, 0, source, length, nullptr, 0, nullptr, nullptr);
-    if (size <= 0) return std::string();
-    std::string ansi(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, source, length, ansi.data(), size, nullptr, nullptr);
-    return ansi;
-}
 
 class Win32DebugStream final : public DebugStreamPort {
   public:
@@ -40,7 +29,8 @@ class Win32DebugStream final : public DebugStreamPort {
 
 }  // namespace
 
-void setDebugStreamEcho(bool on) {
+// The debugger keeps every text either way; the tool's --trace adds stderr.
+void setTraceToStderr(bool on) {
     echoToStderr.store(on, std::memory_order_relaxed);
 }
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "platform/adapters.h"
+#include "platform/windows/ansi_win32.h"
 #include "runtime/text.h"
 
 namespace ostrel::platform {
@@ -28,17 +29,6 @@ DWORD attributes(std::string_view path) {
     if (path.empty()) return INVALID_FILE_ATTRIBUTES;
     const std::u16string wide = toUtf16(path);
     return GetFileAttributesW(reinterpret_cast<const wchar_t*>(wide.c_str()));
-}
-
-std::string toAnsi(std::string_view utf8) {
-    const std::u16string wide = toUtf16(utf8);
-    const auto* source = reinterpret_cast<const wchar_t*>(wide.data());
-    const int length = static_cast<int>(wide.size());
-    const int size = WideCharToMultiByte(CP_ACP, 0, source, length, nullptr, 0, nullptr, nullptr);
-    if (size <= 0) return std::string();
-    std::string ansi(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, source, length, ansi.data(), size, nullptr, nullptr);
-    return ansi;
 }
 
 bool writeAll(HANDLE file, std::string_view bytes) {

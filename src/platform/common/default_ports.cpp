@@ -1,5 +1,5 @@
+// Gathers the real adapters of the platform this build is for.
 #include "platform/adapters.h"
-#include "platform/windows/debug_stream_win32.h"
 
 namespace ostrel::platform {
 
@@ -14,11 +14,6 @@ Ports defaultPorts() {
     ports.locale = &systemLocale();
     ports.systemInfo = &systemInfo();
     return ports;
-}
-
-// The debugger keeps every text either way; the tool's --trace adds stderr.
-void setTraceToStderr(bool on) {
-    setDebugStreamEcho(on);
 }
 
 }  // namespace ostrel::platform
