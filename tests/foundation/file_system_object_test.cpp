@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
@@ -16,15 +17,7 @@ using fakes::readBytes;
 using fakes::utf8Of;
 using fakes::writeBytes;
 
-template <class Operation>
-int32_t errorNumberOf(Operation operation) {
-    try {
-        operation();
-    } catch (const AutomationError& error) {
-        return error.number;
-    }
-    return 0;
-}
+using fakes::errorNumberOf;
 
 TEST(FileSystemObject, CantBeMadeWithoutAFileSystemAndIsThenMissedEverywhere) {
     fakes::TestApartment fx;

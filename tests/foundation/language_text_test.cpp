@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "runtime/automation_error.h"
 #include "ui/language_text.h"
@@ -14,15 +15,7 @@ using fakes::pathOf;
 using fakes::utf8Of;
 using fakes::writeBytes;
 
-template <class Operation>
-int32_t errorNumberOf(Operation operation) {
-    try {
-        operation();
-    } catch (const AutomationError& error) {
-        return error.number;
-    }
-    return 0;
-}
+using fakes::errorNumberOf;
 
 class LanguageText : public ::testing::Test {
   protected:

@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "foundation/debug_log.h"
 #include "foundation/file_system_object.h"
@@ -15,15 +16,7 @@ namespace {
 
 using fakes::TestApartment;
 
-template <class Operation>
-int32_t errorNumberOf(Operation operation) {
-    try {
-        operation();
-    } catch (const AutomationError& error) {
-        return error.number;
-    }
-    return 0;
-}
+using fakes::errorNumberOf;
 
 TEST(Startup, FillsTheGlobalsOnceAndShowsNothing) {
     TestApartment fx;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "fakes/error_number.h"
+
 #include <clocale>
 #include <cmath>
 #include <optional>
@@ -12,16 +14,7 @@
 namespace ostrel {
 namespace {
 
-// The error number a call raises, or nothing.
-template <class F>
-std::optional<int32_t> errorOf(F&& call) {
-    try {
-        call();
-    } catch (const AutomationError& e) {
-        return e.number;
-    }
-    return std::nullopt;
-}
+using fakes::errorNumberOf;
 
 struct TextCase {
     const char* text;
@@ -74,7 +67,7 @@ TEST(Convert, TextToLong) {
     for (const TextCase& c : cases) {
         SCOPED_TRACE(c.text);
         if (c.error != 0) {
-            EXPECT_EQ(errorOf([&] { toLong(c.text); }), c.error);
+            EXPECT_EQ(errorNumberOf([&] { toLong(c.text); }), c.error);
             if (c.error == 13) {
                 EXPECT_FALSE(isNumeric(c.text));
             }
@@ -95,7 +88,7 @@ TEST(Convert, TextToInteger) {
     for (const TextCase& c : cases) {
         SCOPED_TRACE(c.text);
         if (c.error != 0) {
-            EXPECT_EQ(errorOf([&] { toInteger(c.text); }), c.error);
+            EXPECT_EQ(errorNumberOf([&] { toInteger(c.text); }), c.error);
         } else {
             EXPECT_EQ(toInteger(c.text), static_cast<int16_t>(c.value));
         }
@@ -116,8 +109,8 @@ TEST(Convert, TextToDoubleIsLocaleFree) {
     EXPECT_DOUBLE_EQ(toDouble("1,234.5"), 1234.5);
     EXPECT_DOUBLE_EQ(toDouble("&HFFFF"), 65535);
     EXPECT_DOUBLE_EQ(toDouble("1e-400"), 0.0);
-    EXPECT_EQ(errorOf([] { toDouble("1e400"); }), 6);
-    EXPECT_EQ(errorOf([] { toDouble("1,5 kg"); }), 13);
+    EXPECT_EQ(errorNumberOf([] { toDouble("1e400"); }), 6);
+    EXPECT_EQ(errorNumberOf([] { toDouble("1,5 kg"); }), 13);
     EXPECT_FALSE(isNumeric("1e400"));
     EXPECT_FALSE(isNumeric("&H123456789"));
     EXPECT_FALSE(isNumeric("$5"));
@@ -130,10 +123,10 @@ TEST(Convert, RoundingAndNarrowing) {
     EXPECT_EQ(roundToLong(1.5), 2);
     EXPECT_EQ(roundToLong(-1.5), -2);
     EXPECT_EQ(roundToLong(-2147483648.4), -2147483647 - 1);
-    EXPECT_EQ(errorOf([] { roundToLong(-2147483648.6); }), 6);
-    EXPECT_EQ(errorOf([] { roundToLong(std::nan("")); }), 6);
+    EXPECT_EQ(errorNumberOf([] { roundToLong(-2147483648.6); }), 6);
+    EXPECT_EQ(errorNumberOf([] { roundToLong(std::nan("")); }), 6);
     EXPECT_EQ(narrowToInteger(-32768), -32768);
-    EXPECT_EQ(errorOf([] { narrowToInteger(32768); }), 6);
+    EXPECT_EQ(errorNumberOf([] { narrowToInteger(32768); }), 6);
 }
 
 TEST(Convert, VariantToNumber) {
@@ -146,11 +139,11 @@ TEST(Convert, VariantToNumber) {
     EXPECT_EQ(toLong(Variant(" 12 ")), 12);
     EXPECT_EQ(toInteger(Variant("&HFFFF")), -1);
     EXPECT_EQ(toLong(Variant("&HFFFF")), 65535);
-    EXPECT_EQ(errorOf([] { toInteger(Variant(int32_t{40000})); }), 6);
-    EXPECT_EQ(errorOf([] { toLong(Variant(NullValue{})); }), 94);
-    EXPECT_EQ(errorOf([] { toDouble(Variant(NullValue{})); }), 94);
-    EXPECT_EQ(errorOf([] { toLong(Variant(makeRef<Object>())); }), 13);
-    EXPECT_EQ(errorOf([] { toLong(Variant("x")); }), 13);
+    EXPECT_EQ(errorNumberOf([] { toInteger(Variant(int32_t{40000})); }), 6);
+    EXPECT_EQ(errorNumberOf([] { toLong(Variant(NullValue{})); }), 94);
+    EXPECT_EQ(errorNumberOf([] { toDouble(Variant(NullValue{})); }), 94);
+    EXPECT_EQ(errorNumberOf([] { toLong(Variant(makeRef<Object>())); }), 13);
+    EXPECT_EQ(errorNumberOf([] { toLong(Variant("x")); }), 13);
     EXPECT_DOUBLE_EQ(toDouble(Variant(int32_t{7})), 7.0);
     EXPECT_DOUBLE_EQ(toDouble(Variant("0.25")), 0.25);
 
@@ -191,8 +184,8 @@ TEST(Convert, VariantToText) {
     for (const auto& [value, text] : cases) {
         EXPECT_EQ(toText(value), text);
     }
-    EXPECT_EQ(errorOf([] { toText(Variant(NullValue{})); }), 94);
-    EXPECT_EQ(errorOf([] { toText(Variant(makeRef<Object>())); }), 13);
+    EXPECT_EQ(errorNumberOf([] { toText(Variant(NullValue{})); }), 94);
+    EXPECT_EQ(errorNumberOf([] { toText(Variant(makeRef<Object>())); }), 13);
 }
 
 }  // namespace

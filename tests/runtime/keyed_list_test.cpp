@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "fakes/error_number.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,15 +11,7 @@
 namespace ostrel {
 namespace {
 
-template <class F>
-std::optional<int32_t> errorOf(F&& call) {
-    try {
-        call();
-    } catch (const AutomationError& e) {
-        return e.number;
-    }
-    return std::nullopt;
-}
+using fakes::errorNumberOf;
 
 std::vector<std::string> itemsOf(const KeyedList<std::string>& list) {
     std::vector<std::string> items;
@@ -42,12 +36,12 @@ TEST(KeyedList, PositionsAndKeys) {
     EXPECT_FALSE(list.containsKey("abc "));  // keys are not trimmed
     EXPECT_EQ(list.begin()->key, "AbC");     // the key is kept as given
 
-    EXPECT_EQ(errorOf([&] { list.item(0); }), 9);
-    EXPECT_EQ(errorOf([&] { list.item(5); }), 9);
-    EXPECT_EQ(errorOf([&] { list.item(-1); }), 9);
-    EXPECT_EQ(errorOf([&] { list.item("missing"); }), 5);
-    EXPECT_EQ(errorOf([&] { list.add("dup", "ABC"); }), 457);
-    EXPECT_EQ(errorOf([&] { list.add("dup", "ärger"); }), 457);
+    EXPECT_EQ(errorNumberOf([&] { list.item(0); }), 9);
+    EXPECT_EQ(errorNumberOf([&] { list.item(5); }), 9);
+    EXPECT_EQ(errorNumberOf([&] { list.item(-1); }), 9);
+    EXPECT_EQ(errorNumberOf([&] { list.item("missing"); }), 5);
+    EXPECT_EQ(errorNumberOf([&] { list.add("dup", "ABC"); }), 457);
+    EXPECT_EQ(errorNumberOf([&] { list.add("dup", "ärger"); }), 457);
     EXPECT_EQ(list.count(), 4);  // a refused add adds nothing
     EXPECT_EQ(itemsOf(list), (std::vector<std::string>{"first", "second", "third", "fourth"}));
 }
@@ -60,17 +54,17 @@ TEST(KeyedList, ItemByVariant) {
 
     // a string is always a key, even one that reads as a number
     EXPECT_EQ(list.item(Variant("1")), "one");
-    EXPECT_EQ(errorOf([&] { list.item(Variant("2")); }), 5);
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant("2")); }), 5);
     EXPECT_EQ(list.item(Variant(int16_t{2})), "two");
     EXPECT_EQ(list.item(Variant(int32_t{3})), "three");
     EXPECT_EQ(list.item(Variant(2.5)), "two");  // banker's rounding
     EXPECT_EQ(list.item(Variant(1.5)), "two");
-    EXPECT_EQ(errorOf([&] { list.item(Variant(3.5)); }), 9);   // rounds to 4
-    EXPECT_EQ(errorOf([&] { list.item(Variant(true)); }), 9);  // True is -1
-    EXPECT_EQ(errorOf([&] { list.item(Variant(1e10)); }), 6);
-    EXPECT_EQ(errorOf([&] { list.item(Variant()); }), 13);
-    EXPECT_EQ(errorOf([&] { list.item(Variant(NullValue{})); }), 13);
-    EXPECT_EQ(errorOf([&] { list.item(Variant(makeRef<Object>())); }), 13);
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant(3.5)); }), 9);   // rounds to 4
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant(true)); }), 9);  // True is -1
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant(1e10)); }), 6);
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant()); }), 13);
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant(NullValue{})); }), 13);
+    EXPECT_EQ(errorNumberOf([&] { list.item(Variant(makeRef<Object>())); }), 13);
 }
 
 TEST(KeyedList, RemoveKeepsOrderAndIndex) {
@@ -91,8 +85,8 @@ TEST(KeyedList, RemoveKeepsOrderAndIndex) {
     EXPECT_EQ(list.item(3), "b2");
     EXPECT_EQ(list.item("kb"), "b2");
 
-    EXPECT_EQ(errorOf([&] { list.remove(4); }), 9);
-    EXPECT_EQ(errorOf([&] { list.remove("kd"); }), 5);
+    EXPECT_EQ(errorNumberOf([&] { list.remove(4); }), 9);
+    EXPECT_EQ(errorNumberOf([&] { list.remove("kd"); }), 5);
     EXPECT_EQ(list.count(), 3);
 }
 
