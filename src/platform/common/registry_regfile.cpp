@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <utility>
 #include <vector>
@@ -653,7 +654,9 @@ RegFileRegistry::RegFileRegistry() : tree_(std::make_shared<Tree>()) {}
 RegFileRegistry::~RegFileRegistry() = default;
 
 void RegFileRegistry::loadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    // The name is UTF-8; through a path, Windows opens it by its wide form.
+    std::ifstream in(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                     std::ios::binary);
     if (!in) throw RegFileError(path, 0, "can't open the file");
     in.seekg(0, std::ios::end);
     const std::streamoff size = in.tellg();
@@ -661,7 +664,7 @@ void RegFileRegistry::loadFile(const std::string& path) {
     std::string bytes;
     if (size > 0) {
         bytes.resize(static_cast<std::size_t>(size));
-        in.read(bytes.data(), size);
+        in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
     if (!in && size > 0) throw RegFileError(path, 0, "can't read the file");
     try {
