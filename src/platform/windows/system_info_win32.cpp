@@ -9,7 +9,6 @@
 #include "platform/adapters.h"
 #include "platform/system_info_port.h"
 #include "platform/windows/ansi_win32.h"
-#include "runtime/text.h"
 
 namespace ostrel::platform {
 
