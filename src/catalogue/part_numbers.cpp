@@ -1,0 +1,78 @@
+#include "catalogue/part_numbers.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "foundation/debug_log.h"
+#include "foundation/file_system_object.h"
+#include "foundation/globals.h"
+#include "runtime/automation_error.h"
+#include "runtime/text.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::string_view kTableFile = "part-numbers.txt";
+constexpr std::string_view kTableVariable = "OSTREL_PART_NUMBERS";
+
+// The table's file: the variable when it is set and not empty, else the file
+// beside the component.
+std::string tableFile() {
+    platform::EnvironmentPort* environment = apartment().ports.environment;
+    if (!environment) return std::string(kTableFile);
+    if (std::optional<std::string> named = environment->variable(kTableVariable);
+        named && !named->empty()) {
+        return *named;
+    }
+    return fileSystem().BuildPath(environment->componentFolder(), kTableFile);
+}
+
+}  // namespace
+
+std::string normalisePartNumber(std::string_view partNumber) {
+    return lowerCase(trimBlanks(partNumber));
+}
+
+PartNumberTable PartNumberTable::parse(std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    PartNumberTable table;
+    while (!text.empty()) {
+        const size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        std::string row = normalisePartNumber(line);
+        if (row.empty() || row.front() == '#') continue;
+        table.rows_.insert(std::move(row));
+    }
+    return table;
+}
+
+PartNumberTable PartNumberTable::load() {
+    std::string file;
+    try {
+        file = tableFile();
+        return parse(fileSystem().ReadAll(file));
+    } catch (...) {
+        const AutomationError error = currentError();
+        gsubDebugPrint("[gfblnIsKnownPartNumber] No part number is known: the table \"" + file +
+                       "\" can't be read (" + std::to_string(error.number) + "-" +
+                       error.description + ")");
+        return {};
+    }
+}
+
+bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber) {
+    try {
+        std::unique_ptr<PartNumberTable>& table = apartment().partNumbers;
+        if (!table) table = std::make_unique<PartNumberTable>(PartNumberTable::load());
+        const std::string partNumber = normalisePartNumber(vstrPartNumber);
+        return !partNumber.empty() && table->contains(partNumber);
+    } catch (...) {
+        return false;
+    }
+}
+
+}  // namespace ostrel

@@ -1,0 +1,34 @@
+// The family's table of known part numbers: "part-numbers.txt" beside the
+// component (or the file named by OSTREL_PART_NUMBERS), one part number a
+// line, blank lines and '#' comments ignored. Read once per apartment.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace ostrel {
+
+// Trimmed of blanks at both ends, then lower-cased.
+std::string normalisePartNumber(std::string_view partNumber);
+
+class PartNumberTable {
+  public:
+    // Rows of the table's text, normalised.
+    static PartNumberTable parse(std::string_view text);
+    // The table of this apartment's component; a file that can't be read
+    // gives an empty table, and says so once in the log.
+    static PartNumberTable load();
+
+    // Takes a normalised part number.
+    bool contains(const std::string& normalised) const { return rows_.contains(normalised); }
+    size_t size() const { return rows_.size(); }
+
+  private:
+    std::unordered_set<std::string> rows_;
+};
+
+// Normalises its argument; False for an empty one, and on any failure.
+bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber);
+
+}  // namespace ostrel

@@ -1,0 +1,57 @@
+#include "catalogue/sort_collection.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace ostrel {
+
+namespace {
+
+// Positions (from 1) into the list; the sort moves these, never the items.
+using IndexArray = std::vector<int32_t>;
+
+void msubSwapIndexes(IndexArray& indexes, int32_t a, int32_t b) {
+    std::swap(indexes[static_cast<size_t>(a)], indexes[static_cast<size_t>(b)]);
+}
+
+// By character code, case-sensitive.
+const std::string& itemAt(const KeyedList<std::string>& items, const IndexArray& indexes,
+                          int32_t at) {
+    return items.item(indexes[static_cast<size_t>(at)]);
+}
+
+void msubSiftDown(const KeyedList<std::string>& items, IndexArray& indexes, int32_t i, int32_t n) {
+    while (i < n / 2) {
+        int32_t child = 2 * i + 1;
+        if (2 * i + 2 < n &&
+            itemAt(items, indexes, 2 * i + 1) < itemAt(items, indexes, 2 * i + 2)) {
+            child = 2 * i + 2;
+        }
+        if (itemAt(items, indexes, i) >= itemAt(items, indexes, child)) return;
+        msubSwapIndexes(indexes, i, child);
+        i = child;
+    }
+}
+
+}  // namespace
+
+KeyedList<std::string> gfcolSortCollection(const KeyedList<std::string>& vcolItems) {
+    const int32_t n = vcolItems.count();
+    KeyedList<std::string> sorted;
+    if (n < 1) return sorted;
+
+    IndexArray indexes(static_cast<size_t>(n));
+    for (int32_t i = 0; i < n; ++i) indexes[static_cast<size_t>(i)] = i + 1;
+
+    for (int32_t i = n / 2 - 1; i >= 0; --i) msubSiftDown(vcolItems, indexes, i, n);
+    for (int32_t k = n; k >= 2; --k) {
+        msubSwapIndexes(indexes, 0, k - 1);
+        msubSiftDown(vcolItems, indexes, 0, k - 1);
+    }
+
+    for (const int32_t position : indexes) sorted.add(vcolItems.item(position));
+    return sorted;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,30 @@
+// toolbar-key: the Toolbar sub-key of a part number, found by walking the key.
+#include <iostream>
+#include <string>
+
+#include "catalogue/toolbar.h"
+#include "commands.h"
+
+namespace ostrel::cli {
+
+namespace {
+
+std::string partNumber;
+
+int run() {
+    std::cout << ToolbarKey(partNumber) << '\n';
+    return kExitOk;
+}
+
+[[maybe_unused]] const bool registered = registerCommand({
+    "toolbar-key",
+    "Print the name of the Toolbar sub-key that carries this part number (empty line if none)",
+    [](CLI::App& app) {
+        app.add_option("PARTNUMBER", partNumber, "The part number, in any case")->required();
+    },
+    run,
+});
+
+}  // namespace
+
+}  // namespace ostrel::cli

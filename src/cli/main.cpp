@@ -1,0 +1,134 @@
+// ostrel: the component's core driven from the command line.
+//
+//   ostrel [--registry FILE]... [--trace] COMMAND [options]
+//
+// --registry layers .reg files (in the Windows export format) into the
+// registry the core reads, later files winning; it replaces the system's
+// registry for the run. Without it the files named by the environment
+// variable OSTREL_REGISTRY are used, a list separated like PATH (':' on Linux,
+// ';' on Windows); with neither, Linux reads a built-in sample registry.
+// Exit codes: 0 done, 1 a registry file can't be read or parsed, 2 a usage
+// error.
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "commands.h"
+#include "foundation/globals.h"
+#include "ostrel_version.h"
+#include "platform/common/registry_regfile.h"
+#include "platform/ports.h"
+#include "registry_source.h"
+
+namespace ostrel::cli {
+
+namespace {
+
+#ifdef _WIN32
+constexpr char kListSeparator = ';';
+#else
+constexpr char kListSeparator = ':';
+#endif
+
+std::vector<std::string> registryFilesFromEnvironment() {
+    std::vector<std::string> files;
+    const auto value = apartment().ports.environment
+                           ? apartment().ports.environment->variable("OSTREL_REGISTRY")
+                           : std::nullopt;
+    if (!value) return files;
+    std::string_view rest = *value;
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find(kListSeparator), rest.size());
+        if (end > 0) files.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return files;
+}
+
+// False, with the message on stderr, when a file is bad.
+bool loadRegistry(platform::RegFileRegistry& registry, const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+        try {
+            registry.loadFile(file);
+        } catch (const platform::RegFileError& error) {
+            std::cerr << "ostrel: " << error.what() << '\n';  // names the file and the line
+            return false;
+        }
+    }
+    return true;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Ostrel: the machine facts and the product catalogue of this PC.", "ostrel"};
+    app.set_version_flag("--version", std::string("ostrel ") + kVersionText,
+                         "Print the version and exit");
+    std::vector<std::string> registryFiles;
+    bool trace = false;
+    app.add_option(
+           "--registry", registryFiles,
+           "A .reg file to read the registry from; may be repeated, later files win "
+           "(default: the list in OSTREL_REGISTRY, else the system's registry; Linux, having "
+           "none, shows a built-in sample)")
+        ->type_name("FILE");
+    app.add_flag("--trace", trace, "Show the component's diagnostic output on stderr");
+    app.require_subcommand(1, 1);
+
+    std::vector<const Command*> sorted;
+    for (const Command& command : commands()) sorted.push_back(&command);
+    std::sort(sorted.begin(), sorted.end(),
+              [](const Command* a, const Command* b) { return a->name < b->name; });
+    std::vector<std::pair<CLI::App*, const Command*>> subcommands;
+    for (const Command* command : sorted) {
+        CLI::App* sub = app.add_subcommand(command->name, command->help);
+        if (command->setup) command->setup(*sub);
+        subcommands.emplace_back(sub, command);
+    }
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // Help and version are "errors" that exit 0; everything else is usage.
+        return app.exit(error) == 0 ? kExitOk : kExitUsage;
+    }
+
+    apartment().ports = platform::defaultPorts();
+    if (trace) platform::setTraceToStderr(true);
+    if (registryFiles.empty()) registryFiles = registryFilesFromEnvironment();
+    // Static: it must outlive this thread's globals, which point at it.
+    static platform::RegFileRegistry fileRegistry;
+    if (!registryFiles.empty()) {
+        if (!loadRegistry(fileRegistry, registryFiles)) return kExitFailure;
+        apartment().ports.registry = &fileRegistry;
+        std::string files;
+        for (const std::string& file : registryFiles) files += (files.empty() ? "" : ", ") + file;
+        setRegistrySource("the registry file(s) " + files);
+    } else if (loadSampleRegistry(fileRegistry)) {
+        // Linux has no registry of its own: show the built-in sample family.
+        apartment().ports.registry = &fileRegistry;
+    }
+    ensureStarted();
+
+    for (const auto& [sub, command] : subcommands) {
+        if (sub->parsed()) return command->run();
+    }
+    return kExitUsage;
+}
+
+}  // namespace
+
+}  // namespace ostrel::cli
+
+int main(int argc, char** argv) {
+    try {
+        return ostrel::cli::run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "ostrel: " << error.what() << '\n';
+        return ostrel::cli::kExitFailure;
+    }
+}

@@ -1,0 +1,25 @@
+// Which registry this run of the tool reads, as the commands tell it in their
+// first line, and the built-in sample registry used on Linux when none is named.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ostrel::platform {
+class RegFileRegistry;
+}
+
+namespace ostrel::cli {
+
+// "the system registry" until the tool's main says otherwise.
+const std::string& registrySource();
+void setRegistrySource(std::string description);
+
+// Linux: loads the built-in sample of a QUORL family into the registry and
+// answers true. Windows reads its real registry, and this answers false.
+bool loadSampleRegistry(platform::RegFileRegistry& registry);
+
+// The built-in sample, in the .reg export format.
+std::string_view sampleRegistryText();
+
+}  // namespace ostrel::cli

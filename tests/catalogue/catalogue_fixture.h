@@ -1,0 +1,48 @@
+// A started apartment on a .reg registry, with a table of known part numbers
+// of the test's own, and the log lines written since.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fakes/test_apartment.h"
+#include "foundation/globals.h"
+
+namespace ostrel::testing {
+
+// A sub-key of the Toolbar key with its value lines.
+inline std::string toolbarKey(std::string_view name, std::string_view values = {}) {
+    return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\" + std::string(name) + "]\n" +
+           std::string(values) + "\n";
+}
+inline std::string partNumber(std::string_view value) {
+    return "\"PartNumber\"=\"" + std::string(value) + "\"\n";
+}
+
+class CatalogueTest : public ::testing::Test {
+  protected:
+    CatalogueTest() {
+        const auto table = apartment_.programData / "part-numbers.txt";
+        fakes::writeBytes(table, "a-1\nb-2\nb-10\np-1\nABC\npn-1\npn-2\n");
+        apartment_.environment.variables["OSTREL_PART_NUMBERS"] = fakes::utf8Of(table);
+        ensureStarted();
+        apartment_.debugStream.texts.clear();
+    }
+    void loadRegistry(const std::string& keys) {
+        apartment_.loadRegistry("Windows Registry Editor Version 5.00\n\n" + keys);
+    }
+    // Without their line ends.
+    std::vector<std::string> logLines() const {
+        std::vector<std::string> lines;
+        for (const std::string& text : apartment_.debugStream.texts) {
+            lines.push_back(text.substr(0, text.find_last_not_of("\r\n") + 1));
+        }
+        return lines;
+    }
+
+    fakes::TestApartment apartment_;
+};
+
+}  // namespace ostrel::testing
