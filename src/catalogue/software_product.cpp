@@ -37,7 +37,8 @@ std::string programFolder(const std::string& stored) {
 }
 
 std::string twoDigits(int16_t number) {
-    return formatNumber(number, "00", LocaleFacts{});
+    static const LocaleFacts invariant;  // "00" has no separator to localise
+    return formatNumber(number, "00", invariant);
 }
 
 }  // namespace

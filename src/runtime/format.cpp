@@ -158,6 +158,17 @@ std::string formatNumber(double value, std::string_view format, const LocaleFact
     }
 
     std::string whole, fraction;
+    const bool digitsOnly = !p.point && !p.grouped && p.prefix.empty() && p.suffix.empty();
+    if (digitsOnly && value == std::trunc(value) && std::fabs(value) < 1e15) {
+        // A whole number into digit placeholders: nothing to round, and the
+        // commonest use ("00"), so it skips the decimal expansion.
+        const auto magnitude = static_cast<int64_t>(std::fabs(value));
+        whole = magnitude == 0 ? std::string() : std::to_string(magnitude);
+        if (static_cast<int>(whole.size()) < p.integerMinimum) {
+            whole.insert(0, static_cast<size_t>(p.integerMinimum) - whole.size(), '0');
+        }
+        return value < 0 ? "-" + whole : whole;
+    }
     roundedDigits(value, p.fractionMaximum, whole, fraction);
     while (static_cast<int>(fraction.size()) > p.fractionMinimum && fraction.back() == '0') {
         fraction.pop_back();

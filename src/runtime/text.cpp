@@ -1,5 +1,6 @@
 #include "runtime/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -141,6 +142,7 @@ char32_t shifted(char32_t code, int32_t delta) {
 }
 
 char32_t toLowerCode(char32_t code) {
+    if (code < 0x80) return code >= 'A' && code <= 'Z' ? code + 32 : code;
     for (const CaseRule& rule : kCaseRules) {
         if (!(rule.direction & kToLower)) continue;
         if (code >= rule.first && code <= rule.last && (code - rule.first) % rule.step == 0) {
@@ -151,6 +153,7 @@ char32_t toLowerCode(char32_t code) {
 }
 
 char32_t toUpperCode(char32_t code) {
+    if (code < 0x80) return code >= 'a' && code <= 'z' ? code - 32 : code;
     for (const CaseRule& rule : kCaseRules) {
         if (!(rule.direction & kToUpper)) continue;
         const char32_t first = shifted(rule.first, rule.delta);
@@ -167,6 +170,12 @@ std::string mapCase(std::string_view text, Map map) {
     std::string out;
     out.reserve(text.size());
     for (size_t at = 0; at < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        if (byte < 0x80) {  // ASCII, most of what passes here, needs no decoding
+            out.push_back(static_cast<char>(map(byte)));
+            ++at;
+            continue;
+        }
         const Decoded d = decodeUtf8(text, at);
         if (d.valid) {
             appendUtf8(out, map(d.code));
@@ -191,6 +200,19 @@ std::string upperCase(std::string_view text) {
 // The lowered texts compare byte by byte, which for UTF-8 is the order of
 // the code points: a stable, locale-free order, not the user's collation.
 int compareText(std::string_view a, std::string_view b) {
+    const auto isAscii = [](std::string_view text) {
+        return std::all_of(text.begin(), text.end(),
+                           [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    };
+    if (isAscii(a) && isAscii(b)) {  // the common case, without copies
+        const size_t common = std::min(a.size(), b.size());
+        for (size_t i = 0; i < common; ++i) {
+            const char32_t x = toLowerCode(static_cast<unsigned char>(a[i]));
+            const char32_t y = toLowerCode(static_cast<unsigned char>(b[i]));
+            if (x != y) return x < y ? -1 : 1;
+        }
+        return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+    }
     const int order = lowerCase(a).compare(lowerCase(b));
     return order < 0 ? -1 : (order > 0 ? 1 : 0);
 }

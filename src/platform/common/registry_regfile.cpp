@@ -31,6 +31,7 @@ constexpr std::size_t kHiveCount = 6;
 
 struct Value {
     std::string name;
+    std::string folded;  // the name upper-cased, kept so that look-ups compare bytes
     uint32_t type = kRegSz;
     // Types 1, 2 and 7 hold UTF-8 text; every other type its raw bytes.
     std::string data;
@@ -38,6 +39,7 @@ struct Value {
 
 struct Node {
     std::string name;
+    std::string folded;  // the name upper-cased, kept so that look-ups compare bytes
     std::vector<std::shared_ptr<Node>> children;  // ordered by upper-cased name
     std::vector<Value> values;
 };
@@ -59,37 +61,18 @@ std::string fold(std::string_view name) {
     return out;
 }
 
-// Compares a stored name with an already folded one without folding the
-// stored name, unless it holds letters beyond ASCII.
-int compareFolded(std::string_view name, std::string_view folded) {
-    const std::size_t n = std::min(name.size(), folded.size());
-    for (std::size_t i = 0; i < n; ++i) {
-        if (static_cast<unsigned char>(name[i]) >= 0x80) {
-            return std::string_view(upperCase(name)).compare(folded);
-        }
-        const auto a = static_cast<unsigned char>(asciiUpper(name[i]));
-        const auto b = static_cast<unsigned char>(folded[i]);
-        if (a != b) return a < b ? -1 : 1;
-    }
-    if (name.size() == folded.size()) return 0;
-    if (name.size() > folded.size() && !isAscii(name.substr(n))) {
-        return std::string_view(upperCase(name)).compare(folded);
-    }
-    return name.size() < folded.size() ? -1 : 1;
-}
-
 // The position where a child of this folded name is or would go.
 std::vector<std::shared_ptr<Node>>::iterator childSlot(Node& node, std::string_view folded) {
     return std::lower_bound(node.children.begin(), node.children.end(), folded,
                             [](const std::shared_ptr<Node>& child, std::string_view key) {
-                                return compareFolded(child->name, key) < 0;
+                                return child->folded < key;
                             });
 }
 
 const Value* findValue(const Node& node, std::string_view name) {
     const std::string folded = fold(name);
     for (const Value& value : node.values) {
-        if (compareFolded(value.name, folded) == 0) return &value;
+        if (value.folded == folded) return &value;
     }
     return nullptr;
 }
@@ -536,11 +519,12 @@ struct RegFileRegistry::Tree {
             Node& parent = **node;
             const std::string folded = fold(segment);
             auto slot = childSlot(parent, folded);
-            if (slot != parent.children.end() && compareFolded((*slot)->name, folded) == 0) {
+            if (slot != parent.children.end() && (*slot)->folded == folded) {
                 node = &*slot;
             } else if (create) {
                 auto child = std::make_shared<Node>();
                 child->name = std::string(segment);
+                child->folded = folded;
                 node = &*parent.children.insert(slot, std::move(child));
             } else {
                 node = nullptr;
@@ -564,16 +548,15 @@ struct RegFileRegistry::Tree {
         Node& node = **parent;
         const std::string folded = fold(leaf);
         auto slot = childSlot(node, folded);
-        if (slot != node.children.end() && compareFolded((*slot)->name, folded) == 0) {
+        if (slot != node.children.end() && (*slot)->folded == folded) {
             node.children.erase(slot);
         }
     }
 
     static void apply(Node& node, StagedValue&& staged) {
         const std::string folded = fold(staged.name);
-        auto found = std::find_if(node.values.begin(), node.values.end(), [&](const Value& v) {
-            return compareFolded(v.name, folded) == 0;
-        });
+        auto found = std::find_if(node.values.begin(), node.values.end(),
+                                  [&](const Value& v) { return v.folded == folded; });
         if (staged.erase) {
             if (found != node.values.end()) node.values.erase(found);
         } else if (found != node.values.end()) {
@@ -581,7 +564,7 @@ struct RegFileRegistry::Tree {
             found->data = std::move(staged.data);
         } else {
             node.values.push_back(
-                Value{std::move(staged.name), staged.type, std::move(staged.data)});
+                Value{std::move(staged.name), folded, staged.type, std::move(staged.data)});
         }
     }
 
