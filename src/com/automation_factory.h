@@ -1,0 +1,20 @@
+// The factory the core makes its public objects through inside the DLL: it
+// makes the automation subclasses, so a record the collection hands out is
+// the host's object itself.
+#pragma once
+
+#include "foundation/object_factory.h"
+
+namespace ostrel::com {
+
+class AutomationFactory final : public ObjectFactory {
+  public:
+    Ref<wncPCInfo> newPCInfo() override;
+    Ref<wncSoftwareProduct> newSoftwareProduct() override;
+    Ref<wncSoftwareProducts> newSoftwareProducts() override;
+};
+
+// Stateless, so one serves every apartment.
+AutomationFactory& automationFactory();
+
+}  // namespace ostrel::com

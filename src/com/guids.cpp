@@ -1,0 +1,4 @@
+// Defines the identifiers the generated header only declares.
+#include <initguid.h>
+
+#include "com/ostrel_h.h"

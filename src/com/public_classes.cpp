@@ -1,0 +1,49 @@
+#include "com/public_classes.h"
+
+#include "com/interface_ids.h"
+#include "com/pc_info_object.h"
+#include "com/software_product_object.h"
+#include "com/software_products_object.h"
+#include "foundation/object_factory.h"
+#include "machine/pc_info.h"
+
+namespace ostrel::com {
+
+namespace {
+
+template <class Face, class Core>
+HRESULT query(const Ref<Core>& made, REFIID riid, void** object) {
+    auto* face = dynamic_cast<Face*>(made.get());
+    if (!face) return E_UNEXPECTED;
+    return face->QueryInterface(riid, object);
+}
+
+HRESULT createSoftwareProducts(REFIID riid, void** object) {
+    return query<SoftwareProductsObject>(newSoftwareProducts(), riid, object);
+}
+HRESULT createSoftwareProduct(REFIID riid, void** object) {
+    return query<SoftwareProductObject>(newSoftwareProduct(), riid, object);
+}
+HRESULT createPCInfo(REFIID riid, void** object) {
+    return query<PCInfoObject>(newPCInfo(), riid, object);
+}
+
+}  // namespace
+
+const std::array<PublicClass, 3>& publicClasses() {
+    static const std::array<PublicClass, 3> classes = {{
+        {L"wncSoftwareProducts",
+         L"_wncSoftwareProducts",
+         CLSID_wncSoftwareProducts,
+         IID__wncSoftwareProducts,
+         {},
+         createSoftwareProducts},
+        {L"wncSoftwareProduct", L"_wncSoftwareProduct", CLSID_wncSoftwareProduct,
+         IID__wncSoftwareProduct, kOlderSoftwareProductIids, createSoftwareProduct},
+        {L"wncPCInfo", L"_wncPCInfo", CLSID_wncPCInfo, IID__wncPCInfo, kOlderPCInfoIids,
+         createPCInfo},
+    }};
+    return classes;
+}
+
+}  // namespace ostrel::com

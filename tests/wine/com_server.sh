@@ -1,0 +1,199 @@
+#!/usr/bin/env bash
+# Ostrel.dll under Wine: registration and unregistration read back from the
+# registry, the VBScript hosts through cscript, and the C++ host (two
+# apartments, identities, errors through the vtable, unloading). The 32-bit
+# DLL is checked for its shape (PE32, four exports, resources); its host tests run too when a 32-bit Wine is
+# installed. Uses $WINEPREFIX, or a throwaway prefix of its own when unset.
+# Non-zero on any failure.
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+root="$(cd "$here/../.." && pwd)"
+win64="${OSTREL_WIN64_BIN:-$root/build/win64/bin}"
+win32="${OSTREL_WIN32_BIN:-$root/build/win32/bin}"
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+if [ -z "${WINEPREFIX:-}" ]; then
+  WINEPREFIX="$(mktemp -d /tmp/ostrel-com.XXXXXX)"
+  export WINEPREFIX
+  trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$WINEPREFIX"' EXIT
+  wineboot -i >/dev/null 2>&1 || true
+fi
+
+failures=0
+ok() { echo "ok   $*"; }
+fail() {
+  echo "FAIL $*"
+  failures=$((failures + 1))
+}
+expect() { # expect <description> <command...>
+  local what="$1"
+  shift
+  if "$@" >/dev/null 2>&1; then ok "$what"; else fail "$what"; fi
+}
+
+libid='{3E2EAAB4-65B9-49E3-917A-E1D592331BAB}'
+classes=(wncSoftwareProducts wncSoftwareProduct wncPCInfo)
+clsids=('{9EF49E03-09E0-47D1-B36C-D209FBBBCC02}' '{DD4285A3-ED52-4D2D-8550-403EBF737B9F}'
+  '{3E2DB102-CC0D-49E3-9AC8-9BBC6265BCDA}')
+iids=('{F730CAFB-2787-4495-BB6B-48EEB37E5578}' '{5ADF2596-D03A-4EF5-9D57-8464F51F0C4F}'
+  '{F96FF7B4-5178-4FBE-B0FB-3661D8F2271B}' '{AFBB1CFD-5CFA-46EE-A39F-09FF2BCF52CC}'
+  '{20CFA9FE-4058-4CD2-8DB5-B7DDA5A7D390}' '{C4753E71-68D2-48D0-83B9-309F72C16B80}'
+  '{7D7F0E86-A961-4295-9586-F014AB18725F}' '{ADD4F1AA-38B7-424F-AD04-4BE8AD871601}'
+  '{77D4A628-7265-410B-9E09-EC479AAC462B}' '{72002B29-EC56-11D6-860A-00508B627927}'
+  '{1C53F141-137B-4BF3-A441-FADA9011E2B0}' '{432279C8-F5DC-4905-B45D-AEF9F635518D}'
+  '{F06D94C2-D8E6-4F9B-9290-608FCE04D3B2}')
+
+# reg and regsvr32 of the bitness under test; the class keys of a 32-bit
+# server live in the 32-bit view.
+view=64
+run_reg() { wine reg "$@" "/reg:$view"; }
+run_regsvr32() {
+  if [ "$view" = 32 ]; then wine 'C:\windows\syswow64\regsvr32.exe' "$@"; else wine regsvr32 "$@"; fi
+}
+run_cscript() {
+  if [ "$view" = 32 ]; then wine 'C:\windows\syswow64\cscript.exe' //nologo "$@"; else wine cscript //nologo "$@"; fi
+}
+
+value_of() { # value_of <key> <value name or empty for the default>: prints the data
+  local out
+  if [ -n "$2" ]; then out="$(run_reg query "$1" /v "$2" 2>/dev/null)"; else out="$(run_reg query "$1" /ve 2>/dev/null)"; fi
+  printf '%s\n' "$out" | tr -d '\r' | awk '/REG_SZ/ { sub(/^.*REG_SZ[ \t]+/, ""); print; exit }'
+}
+
+# Every key that registration owns, as reg query names them.
+owned_keys() {
+  local i
+  for i in 0 1 2; do
+    echo "HKCR\\Ostrel.${classes[$i]}"
+    echo "HKCR\\CLSID\\${clsids[$i]}"
+  done
+  for i in "${iids[@]}"; do echo "HKCR\\Interface\\$i"; done
+  echo "HKCR\\TypeLib\\$libid"
+}
+
+check_registered() { # check_registered <dll path in Windows form> <win32|win64>
+  local dll="$1" platform="$2" i key missing=0
+  while read -r key; do
+    run_reg query "$key" >/dev/null 2>&1 || { fail "registered: $key"; missing=1; }
+  done < <(owned_keys)
+  [ $missing = 0 ] && ok "registration wrote the CLSID, ProgID, TypeLib and all 13 Interface keys"
+  for i in 0 1 2; do
+    key="HKCR\\CLSID\\${clsids[$i]}"
+    [ "$(value_of "$key\\InprocServer32" '')" = "$dll" ] &&
+      [ "$(value_of "$key\\InprocServer32" ThreadingModel)" = Apartment ] &&
+      [ "$(value_of "$key\\ProgID" '')" = "Ostrel.${classes[$i]}" ] &&
+      [ "$(value_of "HKCR\\Ostrel.${classes[$i]}\\Clsid" '')" = "${clsids[$i]}" ] &&
+      ok "${classes[$i]}: in-process server, ThreadingModel=Apartment, ProgID" ||
+      fail "${classes[$i]}: class keys"
+  done
+  [ "$(value_of "HKCR\\TypeLib\\$libid\\e.f\\409\\$platform" '')" = "$dll" ] &&
+    ok "type library 14.15 (e.f), locale 409, $platform" || fail "type library key"
+  [ "$(value_of "HKCR\\Interface\\${iids[4]}\\Forward" '')" = "${iids[1]}" ] &&
+    [ "$(value_of "HKCR\\Interface\\${iids[3]}\\TypeLib" '')" = "$libid" ] &&
+    ok "older identifiers point to the type library and the newest identifier" ||
+    fail "older identifiers' keys"
+}
+
+check_unregistered() {
+  local key left=0
+  while read -r key; do
+    if run_reg query "$key" >/dev/null 2>&1; then
+      fail "left behind: $key"
+      left=1
+    fi
+  done < <(owned_keys)
+  [ $left = 0 ] && ok "unregistration removed every key"
+}
+
+# The Toolbar key of the catalogue test: Alpha and Zeta share a part number
+# (Alpha comes first and wins), Omega's part number is unknown, Temp is
+# never read.
+toolbar='HKLM\SOFTWARE\QUORL\Toolbar'
+fill_toolbar() {
+  run_reg add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
+  run_reg add "$toolbar\\Zeta" /v PartNumber /d qrl-2040 /f
+  run_reg add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
+  run_reg add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
+  run_reg add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
+  run_reg add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
+  run_reg add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
+  run_reg add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
+} >/dev/null 2>&1
+
+ours() { # ours <exported .reg>: its lines that name the component or its identifiers
+  local pattern="Ostrel|${libid}|$(IFS='|'; echo "${clsids[*]}|${iids[*]}")"
+  iconv -f UTF-16 -t UTF-8 "$1" | tr -d '\r' | grep -i -E "${pattern//[\{\}]/}" || true
+}
+
+run_vbscript() { # run_vbscript <file> [args]: the exit code is the number of failures
+  local script="$1"
+  shift
+  if run_cscript "$(winepath -w "$script")" "$@"; then ok "$(basename "$script") $*"; else fail "$(basename "$script") $* (see above)"; fi
+}
+
+test_server() { # test_server <bin folder> <win32|win64>
+  local bin="$1" platform="$2" dll before after
+  dll="$(winepath -w "$bin/Ostrel.dll")"
+  echo "--- $platform: $dll"
+
+  run_reg export HKCR "$(winepath -w "$WINEPREFIX/hkcr-before.reg")" /y >/dev/null 2>&1
+  expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
+  expect "a second registration over the first" run_regsvr32 /s "$dll"
+  check_registered "$dll" "$platform"
+
+  fill_toolbar
+  run_vbscript "$here/vbs/pc_info.vbs"
+  run_vbscript "$here/vbs/products.vbs" catalogue
+
+  # The marker switches the log on, so that each apartment's start shows.
+  local data log
+  data="$(winepath -u 'C:\ProgramData')/QUORL"
+  mkdir -p "$data"
+  touch "$data/debug_ot"
+  rm -f "$data/ot.log"
+  if wine "$bin/ostrel_com_host.exe" 'C:\ProgramData\QUORL\ot.log'; then ok "C++ host"; else fail "C++ host (see above)"; fi
+  rm -f "$data/debug_ot"
+
+  expect "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
+  check_unregistered
+  run_reg export HKCR "$(winepath -w "$WINEPREFIX/hkcr-after.reg")" /y >/dev/null 2>&1
+  # Anywhere under HKEY_CLASSES_ROOT, not only the keys above: nothing that
+  # names the component or one of its identifiers is left (Wine's own
+  # scripting host registers things of its own meanwhile, hence the filter).
+  if diff <(ours "$WINEPREFIX/hkcr-before.reg") <(ours "$WINEPREFIX/hkcr-after.reg"); then
+    ok "nothing under HKEY_CLASSES_ROOT names the component any more"
+  else
+    fail "HKEY_CLASSES_ROOT still names the component (lines above)"
+  fi
+  run_reg delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
+}
+
+check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the type library
+  local dll="$1" format="$2" dump exports
+  [ -e "$dll" ] || { fail "$dll is missing"; return; }
+  dump="$(x86_64-w64-mingw32-objdump -p "$dll")"
+  grep -q "file format $format" <<<"$dump" && ok "$(basename "$(dirname "$(dirname "$dll")")"): $format" ||
+    fail "$dll is not $format"
+  exports="$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$dump" | awk '/\]/ && !/Table/ { print $NF }' | sort | tr '\n' ' ')"
+  [ "$exports" = "DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer " ] &&
+    ok "exactly the four exports" || fail "exports: $exports"
+  local resources
+  resources="$(x86_64-w64-mingw32-windres --input-format=coff -i "$dll" -O rc 2>/dev/null)"
+  grep -q '^1 "TYPELIB"' <<<"$resources" && ok "type library as resource 1" || fail "no TYPELIB resource 1"
+  grep -q 'VALUE "OLESelfRegister", ""' <<<"$resources" && grep -q 'FILEVERSION 14, 15,' <<<"$resources" &&
+    ok "version resource: OLESelfRegister, version 14.15" || fail "version resource"
+}
+
+view=64
+check_shape "$win64/Ostrel.dll" pei-x86-64
+test_server "$win64" win64
+
+view=32
+check_shape "$win32/Ostrel.dll" pei-i386
+if wine 'C:\windows\syswow64\cmd.exe' /c exit 0 >/dev/null 2>&1 && [ -e "$win32/ostrel_com_host.exe" ]; then
+  test_server "$win32" win32
+else
+  echo "skip 32-bit host tests: this Wine runs no 32-bit programs (install wine32:i386)"
+fi
+
+echo "com_server: $failures failed"
+[ "$failures" = 0 ]
