@@ -165,20 +165,23 @@ char32_t toUpperCode(char32_t code) {
     return code;
 }
 
-template <class Map>
-std::string mapCase(std::string_view text, Map map) {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t at = 0; at < text.size();) {
-        const auto byte = static_cast<unsigned char>(text[at]);
-        if (byte < 0x80) {  // ASCII, most of what passes here, needs no decoding
-            out.push_back(static_cast<char>(map(byte)));
-            ++at;
-            continue;
-        }
+template <bool kLower>
+char32_t mapCode(char32_t code) {
+    return kLower ? toLowerCode(code) : toUpperCode(code);
+}
+
+template <bool kLower>
+std::string mapCase(std::string_view text) {
+    // The ASCII run at the start, most often the whole text, is copied at
+    // once and mapped in place, with no decoding.
+    const auto wide = std::find_if(text.begin(), text.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    std::string out(text.begin(), wide);
+    for (char& c : out) c = static_cast<char>(mapCode<kLower>(static_cast<unsigned char>(c)));
+    for (size_t at = out.size(); at < text.size();) {
         const Decoded d = decodeUtf8(text, at);
         if (d.valid) {
-            appendUtf8(out, map(d.code));
+            appendUtf8(out, mapCode<kLower>(d.code));
         } else {
             out.append(text.substr(at, d.length));  // kept as they are
         }
@@ -190,11 +193,11 @@ std::string mapCase(std::string_view text, Map map) {
 }  // namespace
 
 std::string lowerCase(std::string_view text) {
-    return mapCase(text, toLowerCode);
+    return mapCase<true>(text);
 }
 
 std::string upperCase(std::string_view text) {
-    return mapCase(text, toUpperCode);
+    return mapCase<false>(text);
 }
 
 // The lowered texts compare byte by byte, which for UTF-8 is the order of

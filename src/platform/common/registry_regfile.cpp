@@ -55,9 +55,11 @@ char asciiUpper(char c) {
 
 // The name as the registry compares it: upper-cased.
 std::string fold(std::string_view name) {
-    if (!isAscii(name)) return upperCase(name);
-    std::string out(name);
-    for (char& c : out) c = asciiUpper(c);
+    std::string out(name.size(), '\0');
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (static_cast<unsigned char>(name[i]) >= 0x80) return upperCase(name);
+        out[i] = asciiUpper(name[i]);
+    }
     return out;
 }
 
@@ -70,9 +72,20 @@ std::vector<std::shared_ptr<Node>>::iterator childSlot(Node& node, std::string_v
 }
 
 const Value* findValue(const Node& node, std::string_view name) {
-    const std::string folded = fold(name);
+    if (!isAscii(name)) {
+        const std::string folded = fold(name);
+        for (const Value& value : node.values) {
+            if (value.folded == folded) return &value;
+        }
+        return nullptr;
+    }
+    // An ASCII name, the usual kind, is compared without a folded copy.
+    const auto sameAsFolded = [name](std::string_view folded) {
+        return std::equal(name.begin(), name.end(), folded.begin(), folded.end(),
+                          [](char a, char b) { return asciiUpper(a) == b; });
+    };
     for (const Value& value : node.values) {
-        if (value.folded == folded) return &value;
+        if (sameAsFolded(value.folded)) return &value;
     }
     return nullptr;
 }
