@@ -7,6 +7,7 @@
 #include "catalogue/part_numbers.h"
 #include "catalogue/software_product.h"
 #include "catalogue_fixture.h"
+#include "fakes/error_number.h"
 #include "foundation/object_factory.h"
 #include "runtime/automation_error.h"
 
@@ -16,15 +17,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-template <class Operation>
-int32_t errorNumberOf(Operation operation) {
-    try {
-        operation();
-    } catch (const AutomationError& error) {
-        return error.number;
-    }
-    return 0;
-}
+using fakes::errorNumberOf;
 
 std::vector<std::string> namesOf(const wncSoftwareProducts& products) {
     std::vector<std::string> names;

@@ -125,9 +125,12 @@ ours() { # ours <exported .reg>: its lines that name the component or its identi
 }
 
 run_vbscript() { # run_vbscript <file> [args]: the exit code is the number of failures
-  local script="$1"
+  local script="$1" joined
   shift
-  if run_cscript "$(winepath -w "$script")" "$@"; then ok "$(basename "$script") $*"; else fail "$(basename "$script") $* (see above)"; fi
+  joined="$(mktemp --suffix=.vbs)"  # check.vbs first: Option Explicit and the Check helper
+  cat "$here/vbs/check.vbs" "$script" >"$joined"
+  if run_cscript "$(winepath -w "$joined")" "$@"; then ok "$(basename "$script") $*"; else fail "$(basename "$script") $* (see above)"; fi
+  rm -f "$joined"
 }
 
 test_server() { # test_server <bin folder> <win32|win64>

@@ -1,19 +1,6 @@
 ' wncPCInfo from a script host: creation by ProgID, every member by name,
 ' and the class name. Wine's cscript prints no script errors, so every risky
 ' statement is followed by a look at Err. Exit code: number of failures.
-Option Explicit
-On Error Resume Next
-Dim failures : failures = 0
-
-Sub Check(ok, what)
-    If ok Then
-        WScript.Echo "ok   " & what
-    Else
-        WScript.Echo "FAIL " & what & " (Err " & Err.Number & " " & Err.Description & ")"
-        failures = failures + 1
-    End If
-    Err.Clear
-End Sub
 
 Dim pc, value, group
 Set pc = CreateObject("Ostrel.wncPCInfo")

@@ -3,19 +3,6 @@
 ' record, and variables passed by reference. Argument 1: "catalogue" when the
 ' Toolbar key holds the test products (see com_server.sh).
 ' Exit code: number of failures.
-Option Explicit
-On Error Resume Next
-Dim failures : failures = 0
-
-Sub Check(ok, what)
-    If ok Then
-        WScript.Echo "ok   " & what
-    Else
-        WScript.Echo "FAIL " & what & " (Err " & Err.Number & " " & Err.Description & ")"
-        failures = failures + 1
-    End If
-    Err.Clear
-End Sub
 
 Dim products, product, other, item, count, name, key, names, value
 Set products = CreateObject("Ostrel.wncSoftwareProducts")
