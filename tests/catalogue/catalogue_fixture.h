@@ -4,21 +4,33 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "catalogue/software_product.h"
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
+#include "foundation/object_factory.h"
 
 namespace ostrel::testing {
 
-// A sub-key of the Toolbar key with its value lines.
+// A sub-key of the Toolbar key with its value lines, and such lines.
 inline std::string toolbarKey(std::string_view name, std::string_view values = {}) {
     return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\" + std::string(name) + "]\n" +
            std::string(values) + "\n";
 }
-inline std::string partNumber(std::string_view value) {
-    return "\"PartNumber\"=\"" + std::string(value) + "\"\n";
+inline std::string value(std::string_view name, std::string_view text) {
+    return "\"" + std::string(name) + "\"=\"" + std::string(text) + "\"\n";
+}
+inline std::string partNumber(std::string_view text) {
+    return value("PartNumber", text);
+}
+inline std::string dword(std::string_view name, uint32_t number) {
+    char hex[9];
+    std::snprintf(hex, sizeof hex, "%08x", number);
+    return "\"" + std::string(name) + "\"=dword:" + hex + "\n";
 }
 
 class CatalogueTest : public ::testing::Test {
@@ -32,6 +44,12 @@ class CatalogueTest : public ::testing::Test {
     }
     void loadRegistry(const std::string& keys) {
         apartment_.loadRegistry("Windows Registry Editor Version 5.00\n\n" + keys);
+    }
+    // A new record loaded from the Toolbar sub-key of that name.
+    static Ref<wncSoftwareProduct> named(std::string_view name) {
+        Ref<wncSoftwareProduct> product = newSoftwareProduct();
+        product->ProductName(name);
+        return product;
     }
     // Without their line ends.
     std::vector<std::string> logLines() const {

@@ -15,9 +15,8 @@ TEST(SortCollection, AgreesWithAPlainSort) {
         KeyedList<std::string> list;
         std::vector<std::string> expected;
         for (int i = 0; i < size; ++i) {
-            std::string item = (random() % 2 ? "B-" : "b-") + std::to_string(random() % 200);
-            list.add(item);
-            expected.push_back(item);
+            expected.push_back((random() % 2 ? "B-" : "b-") + std::to_string(random() % 200));
+            list.add(expected.back());
         }
         std::sort(expected.begin(), expected.end());
         std::vector<std::string> sorted;
