@@ -17,7 +17,11 @@ void gsubStartLog();
 void gsubDebugPrint(std::string_view text);
 
 // The flag and the verbosity that call sites read directly.
-inline bool gblnDebug() { return apartment().gblnDebug; }
-inline int32_t glngDebugLevel() { return apartment().glngDebugLevel; }
+inline bool gblnDebug() {
+    return apartment().gblnDebug;
+}
+inline int32_t glngDebugLevel() {
+    return apartment().glngDebugLevel;
+}
 
 }  // namespace ostrel

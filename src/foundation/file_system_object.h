@@ -12,7 +12,7 @@
 namespace ostrel {
 
 class FileSystemObject : public Object {
-public:
+  public:
     // Raises 429 when there is no file system to work on.
     explicit FileSystemObject(platform::FileSystemPort* port);
 
@@ -30,7 +30,7 @@ public:
 
     platform::FileSystemPort& port() const { return *port_; }
 
-private:
+  private:
     platform::FileSystemPort* port_;
 };
 

@@ -13,7 +13,7 @@ class wncSoftwareProduct;
 class wncSoftwareProducts;
 
 class ObjectFactory {
-public:
+  public:
     virtual ~ObjectFactory() = default;
     virtual Ref<wncPCInfo> newPCInfo() = 0;
     virtual Ref<wncSoftwareProduct> newSoftwareProduct() = 0;

@@ -13,11 +13,11 @@
 namespace ostrel {
 
 // Access masks the component passes through.
-inline constexpr int32_t kKeyRead = 131097;      // 0x20019
+inline constexpr int32_t kKeyRead = 131097;  // 0x20019
 inline constexpr int32_t kKeyQueryValue = 1;
 
 class WNCRegistry {
-public:
+  public:
     // Raises 429 when the wrapper can't be made (this apartment has no registry).
     WNCRegistry();
 
@@ -31,7 +31,7 @@ public:
     bool EnumNextSubKey(std::string& rstrName);
     bool GetLongValue(std::string_view vstrName, int32_t& rlngValue);
 
-private:
+  private:
     platform::RegistryPort* port_;
     std::unique_ptr<platform::RegistryKey> key_;
     uint32_t nextIndex_ = 0;

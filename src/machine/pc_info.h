@@ -10,7 +10,7 @@
 namespace ostrel {
 
 class wncPCInfo : public Object {
-public:
+  public:
     // The seven construction steps; reports nothing and raises nothing.
     wncPCInfo();
 
@@ -40,7 +40,7 @@ public:
     const platform::OsVersionRecord& versionRecord() const { return version_; }
     const platform::SystemRecord& systemRecord() const { return system_; }
 
-private:
+  private:
     void msubLogVersionInfo();
     void msubLogProcessorInfo() const;
 

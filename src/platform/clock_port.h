@@ -6,7 +6,7 @@
 namespace ostrel::platform {
 
 class ClockPort {
-public:
+  public:
     virtual ~ClockPort() = default;
     virtual DateTimeParts now() = 0;
 };

@@ -6,7 +6,7 @@
 namespace ostrel::platform {
 
 class DebugStreamPort {
-public:
+  public:
     virtual ~DebugStreamPort() = default;
     // UTF-8 text, passed as it stands (the caller adds the line end).
     virtual void write(std::string_view text) = 0;

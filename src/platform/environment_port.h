@@ -8,7 +8,7 @@
 namespace ostrel::platform {
 
 class EnvironmentPort {
-public:
+  public:
     virtual ~EnvironmentPort() = default;
     // Environ(name): nullopt when the variable is unset.
     virtual std::optional<std::string> variable(std::string_view name) = 0;

@@ -9,7 +9,7 @@
 namespace ostrel::platform {
 
 class FileSystemPort {
-public:
+  public:
     virtual ~FileSystemPort() = default;
     // The path separator BuildPath joins with ('\\' on Windows, '/' elsewhere).
     virtual char separator() const = 0;

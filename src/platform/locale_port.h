@@ -6,7 +6,7 @@
 namespace ostrel::platform {
 
 class LocalePort {
-public:
+  public:
     virtual ~LocalePort() = default;
     virtual LocaleFacts facts() = 0;
 };

@@ -20,7 +20,7 @@ enum Hive : int32_t {
 };
 
 class RegistryKey {
-public:
+  public:
     virtual ~RegistryKey() = default;
     // A string value (REG_SZ or REG_EXPAND_SZ, unexpanded); nullopt when the
     // value is missing or of another type. "" names the default value.
@@ -33,7 +33,7 @@ public:
 };
 
 class RegistryPort {
-public:
+  public:
     virtual ~RegistryPort() = default;
     // Opens hive\path with the platform's access mask; nullptr when the key
     // is missing or refused, with the system's error code in errorCode

@@ -34,7 +34,7 @@ struct SystemRecord {
 };
 
 class SystemInfoPort {
-public:
+  public:
     virtual ~SystemInfoPort() = default;
     // GetVersionExA: true on success; the record is filled as far as the call got.
     virtual bool getVersionEx(OsVersionRecord& record) = 0;

@@ -9,7 +9,7 @@
 namespace ostrel {
 
 class Object {
-public:
+  public:
     Object() = default;
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
@@ -23,14 +23,14 @@ public:
     }
     uint32_t refCount() const noexcept { return refs_; }
 
-private:
+  private:
     uint32_t refs_ = 0;  // apartment threaded: only the owning thread counts
 };
 
 // A counted reference. Null is "Nothing".
 template <class T>
 class Ref {
-public:
+  public:
     Ref() noexcept = default;
     Ref(std::nullptr_t) noexcept {}
     explicit Ref(T* p) noexcept : p_(p) {
@@ -56,7 +56,7 @@ public:
     explicit operator bool() const noexcept { return p_ != nullptr; }
     friend bool operator==(const Ref& a, const Ref& b) noexcept { return a.p_ == b.p_; }
 
-private:
+  private:
     T* p_ = nullptr;
 };
 

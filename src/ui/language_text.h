@@ -13,7 +13,7 @@
 namespace ostrel {
 
 class clsLanguageText : public Object {
-public:
+  public:
     // Binds the object to the component; repeated with the same values it is
     // harmless and cheap. Raises when the texts can't be read.
     void Initialise(std::string_view componentName, std::string_view componentFolder);
@@ -26,7 +26,7 @@ public:
                                  std::optional<std::string_view> insert3 = std::nullopt,
                                  std::optional<std::string_view> insert4 = std::nullopt) const;
 
-private:
+  private:
     std::string boundName_;
     std::string boundFolder_;
     std::map<int32_t, std::string> texts_;

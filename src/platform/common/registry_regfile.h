@@ -22,7 +22,7 @@ struct RegFileError : std::runtime_error {
 };
 
 class RegFileRegistry : public RegistryPort {
-public:
+  public:
     RegFileRegistry();
     ~RegFileRegistry() override;
 
@@ -35,7 +35,7 @@ public:
     std::unique_ptr<RegistryKey> open(int32_t hive, std::string_view path, int32_t access,
                                       int32_t& errorCode) override;
 
-private:
+  private:
     struct Tree;
     std::shared_ptr<Tree> tree_;
 };
