@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bare_walk.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
 #include "fakes/test_apartment.h"
@@ -87,30 +88,11 @@ class Catalogue {
 void BM_BareWalk(benchmark::State& state) {
     const Catalogue catalogue;
     int64_t subKeys = 0;
+    size_t sink = 0;
     for (auto _ : state) {
-        WNCRegistry enumerator;
-        WNCRegistry reader;
-        enumerator.TryOpenKey(platform::kHiveLocalMachine, kToolbarKeyPath, kKeyRead, 0);
-        std::string name;
-        for (bool more = enumerator.EnumFirstSubKey(name); more;
-             more = enumerator.EnumNextSubKey(name)) {
-            if (!reader.TryOpenKey(platform::kHiveLocalMachine, buildKeyPath(kToolbarKeyPath, name),
-                                   kKeyRead, 0)) {
-                continue;
-            }
-            for (const char* value : {"DisplayName", "ApplicationPath", "PartNumber"}) {
-                benchmark::DoNotOptimize(gfstrGetRegValue(&reader, value, ""));
-            }
-            for (const char* value :
-                 {"VersionMajor", "VersionMinor", "VersionRevisionMajor", "VersionRevisionMinor"}) {
-                benchmark::DoNotOptimize(gflngGetRegValue(&reader, value, 0));
-            }
-            for (const char* value : {"Label", "IconFile", "Revision", "Tooltip"}) {
-                benchmark::DoNotOptimize(gfstrGetRegValue(&reader, value, "0"));
-            }
-            ++subKeys;
-        }
+        subKeys += bench::bareWalk(sink);
     }
+    benchmark::DoNotOptimize(sink);
     state.counters["sub_keys"] =
         static_cast<double>(subKeys) / static_cast<double>(state.iterations());
     state.counters["peak_rss_mb"] = peakRssMegabytes();

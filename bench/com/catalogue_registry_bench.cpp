@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "bare_walk.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
 #include "foundation/file_system_object.h"
@@ -114,34 +115,6 @@ bool writeCatalogue(const std::filesystem::path& tableFile) {
     return static_cast<bool>(table.flush());
 }
 
-// Sub-keys read; `sink` keeps the values' reads from being dropped.
-int bareWalk(size_t& sink) {
-    WNCRegistry enumerator;
-    WNCRegistry reader;
-    enumerator.TryOpenKey(platform::kHiveLocalMachine, kToolbarKeyPath, kKeyRead, 0);
-    int subKeys = 0;
-    std::string name;
-    for (bool more = enumerator.EnumFirstSubKey(name); more;
-         more = enumerator.EnumNextSubKey(name)) {
-        if (!reader.TryOpenKey(platform::kHiveLocalMachine, buildKeyPath(kToolbarKeyPath, name),
-                               kKeyRead, 0)) {
-            continue;
-        }
-        for (const char* value : {"DisplayName", "ApplicationPath", "PartNumber"}) {
-            sink += gfstrGetRegValue(&reader, value, "").size();
-        }
-        for (const char* value :
-             {"VersionMajor", "VersionMinor", "VersionRevisionMajor", "VersionRevisionMinor"}) {
-            sink += static_cast<size_t>(gflngGetRegValue(&reader, value, 0));
-        }
-        for (const char* value : {"Label", "IconFile", "Revision", "Tooltip"}) {
-            sink += gfstrGetRegValue(&reader, value, "0").size();
-        }
-        ++subKeys;
-    }
-    return subKeys;
-}
-
 // Median milliseconds of `runs` timed runs, after one that isn't counted.
 // `untimed` follows each run, outside the time.
 double medianMilliseconds(int runs, const std::function<void()>& body,
@@ -169,7 +142,7 @@ int measure(int runs, const std::filesystem::path& tableFile) {
     size_t sink = 0;
     int subKeys = 0;
     const double walkMs = medianMilliseconds(
-        runs, [&] { subKeys = bareWalk(sink); }, [] {});
+        runs, [&] { subKeys = bench::bareWalk(sink); }, [] {});
     Ref<wncSoftwareProducts> products;
     int32_t count = 0;
     const double readAllMs = medianMilliseconds(

@@ -25,6 +25,18 @@ void bufferToUtf8(std::string& buffer) {
     buffer = fromAnsi(buffer.substr(0, nul)) + buffer.substr(nul);
 }
 
+// A name call on the caller's buffer and size, as the A-form calls take
+// them; the buffer comes back converted as far as its text goes.
+template <class Call>
+bool callWithBuffer(std::string& buffer, uint32_t& size, Call call) {
+    if (buffer.size() < size) buffer.resize(size, '\0');
+    unsigned long length = size;
+    const bool ok = call(buffer.data(), &length);
+    size = static_cast<uint32_t>(length);
+    bufferToUtf8(buffer);
+    return ok;
+}
+
 void copySystemInfo(const SYSTEM_INFO& info, SystemRecord& record) {
     record.wProcessorArchitecture = static_cast<int16_t>(info.wProcessorArchitecture);
     // The low 32 bits, as the run time's Long holds them.
@@ -79,23 +91,16 @@ class Win32SystemInfo final : public SystemInfoPort {
     }
 
     bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
-        if (buffer.size() < size) buffer.resize(size, '\0');
-        DWORD length = size;
-        const BOOL ok =
-            GetComputerNameExA(static_cast<COMPUTER_NAME_FORMAT>(format), buffer.data(), &length);
-        size = length;
-        bufferToUtf8(buffer);
-        return ok != FALSE;
+        return callWithBuffer(buffer, size, [format](char* data, unsigned long* length) {
+            return GetComputerNameExA(static_cast<COMPUTER_NAME_FORMAT>(format), data, length) !=
+                   FALSE;
+        });
     }
 
     bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
-        if (buffer.size() < size) buffer.resize(size, '\0');
-        ULONG length = size;
-        const BOOLEAN ok =
-            GetUserNameExA(static_cast<EXTENDED_NAME_FORMAT>(format), buffer.data(), &length);
-        size = length;
-        bufferToUtf8(buffer);
-        return ok != FALSE;
+        return callWithBuffer(buffer, size, [format](char* data, unsigned long* length) {
+            return GetUserNameExA(static_cast<EXTENDED_NAME_FORMAT>(format), data, length) != FALSE;
+        });
     }
 };
 
