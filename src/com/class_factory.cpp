@@ -73,9 +73,9 @@ class ClassFactory final : public IClassFactory {
 HRESULT getClassObject(REFCLSID clsid, REFIID riid, void** object) noexcept {
     if (!object) return E_POINTER;
     *object = nullptr;
-    static ClassFactory factories[] = {ClassFactory(publicClasses()[0]),
-                                       ClassFactory(publicClasses()[1]),
-                                       ClassFactory(publicClasses()[2])};
+    static ClassFactory factories[] = {
+        ClassFactory(publicClasses()[0]), ClassFactory(publicClasses()[1]),
+        ClassFactory(publicClasses()[2]), ClassFactory(publicClasses()[3])};
     for (ClassFactory& factory : factories) {
         if (factory.handles(clsid)) return factory.QueryInterface(riid, object);
     }

@@ -2,6 +2,7 @@
 
 #include "com/interface_ids.h"
 #include "com/pc_info_object.h"
+#include "com/services_object.h"
 #include "com/software_product_object.h"
 #include "com/software_products_object.h"
 #include "foundation/object_factory.h"
@@ -27,11 +28,15 @@ HRESULT createSoftwareProduct(REFIID riid, void** object) {
 HRESULT createPCInfo(REFIID riid, void** object) {
     return query<PCInfoObject>(newPCInfo(), riid, object);
 }
+// Stateless: the core never makes one, so no factory is asked.
+HRESULT createServices(REFIID riid, void** object) {
+    return query<ServicesObject>(Ref<ServicesObject>(new ServicesObject()), riid, object);
+}
 
 }  // namespace
 
-const std::array<PublicClass, 3>& publicClasses() {
-    static const std::array<PublicClass, 3> classes = {{
+const std::array<PublicClass, 4>& publicClasses() {
+    static const std::array<PublicClass, 4> classes = {{
         {L"wncSoftwareProducts",
          L"_wncSoftwareProducts",
          CLSID_wncSoftwareProducts,
@@ -42,6 +47,7 @@ const std::array<PublicClass, 3>& publicClasses() {
          IID__wncSoftwareProduct, kOlderSoftwareProductIids, createSoftwareProduct},
         {L"wncPCInfo", L"_wncPCInfo", CLSID_wncPCInfo, IID__wncPCInfo, kOlderPCInfoIids,
          createPCInfo},
+        {L"wncServices", L"_wncServices", CLSID_wncServices, IID__wncServices, {}, createServices},
     }};
     return classes;
 }

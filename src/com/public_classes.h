@@ -1,4 +1,4 @@
-// The three creatable classes: what registration writes for each and how
+// The four creatable classes: what registration writes for each and how
 // the class factory makes one.
 #pragma once
 
@@ -19,6 +19,6 @@ struct PublicClass {
     HRESULT (*create)(REFIID riid, void** object);
 };
 
-const std::array<PublicClass, 3>& publicClasses();
+const std::array<PublicClass, 4>& publicClasses();
 
 }  // namespace ostrel::com

@@ -31,16 +31,16 @@ expect() { # expect <description> <command...>
 }
 
 libid='{3E2EAAB4-65B9-49E3-917A-E1D592331BAB}'
-classes=(wncSoftwareProducts wncSoftwareProduct wncPCInfo)
+classes=(wncSoftwareProducts wncSoftwareProduct wncPCInfo wncServices)
 clsids=('{9EF49E03-09E0-47D1-B36C-D209FBBBCC02}' '{DD4285A3-ED52-4D2D-8550-403EBF737B9F}'
-  '{3E2DB102-CC0D-49E3-9AC8-9BBC6265BCDA}')
+  '{3E2DB102-CC0D-49E3-9AC8-9BBC6265BCDA}' '{15A10C40-191D-4F35-B434-7C973B545737}')
 iids=('{F730CAFB-2787-4495-BB6B-48EEB37E5578}' '{5ADF2596-D03A-4EF5-9D57-8464F51F0C4F}'
   '{F96FF7B4-5178-4FBE-B0FB-3661D8F2271B}' '{AFBB1CFD-5CFA-46EE-A39F-09FF2BCF52CC}'
   '{20CFA9FE-4058-4CD2-8DB5-B7DDA5A7D390}' '{C4753E71-68D2-48D0-83B9-309F72C16B80}'
   '{7D7F0E86-A961-4295-9586-F014AB18725F}' '{ADD4F1AA-38B7-424F-AD04-4BE8AD871601}'
   '{77D4A628-7265-410B-9E09-EC479AAC462B}' '{72002B29-EC56-11D6-860A-00508B627927}'
   '{1C53F141-137B-4BF3-A441-FADA9011E2B0}' '{432279C8-F5DC-4905-B45D-AEF9F635518D}'
-  '{F06D94C2-D8E6-4F9B-9290-608FCE04D3B2}')
+  '{F06D94C2-D8E6-4F9B-9290-608FCE04D3B2}' '{832A1432-3B07-43E3-B024-C42389CECBD0}')
 
 # reg and regsvr32 of the bitness under test; the class keys of a 32-bit
 # server live in the 32-bit view.
@@ -62,7 +62,7 @@ value_of() { # value_of <key> <value name or empty for the default>: prints the 
 # Every key that registration owns, as reg query names them.
 owned_keys() {
   local i
-  for i in 0 1 2; do
+  for i in 0 1 2 3; do
     echo "HKCR\\Ostrel.${classes[$i]}"
     echo "HKCR\\CLSID\\${clsids[$i]}"
   done
@@ -75,8 +75,8 @@ check_registered() { # check_registered <dll path in Windows form> <win32|win64>
   while read -r key; do
     run_reg query "$key" >/dev/null 2>&1 || { fail "registered: $key"; missing=1; }
   done < <(owned_keys)
-  [ $missing = 0 ] && ok "registration wrote the CLSID, ProgID, TypeLib and all 13 Interface keys"
-  for i in 0 1 2; do
+  [ $missing = 0 ] && ok "registration wrote the CLSID, ProgID, TypeLib and all 14 Interface keys"
+  for i in 0 1 2 3; do
     key="HKCR\\CLSID\\${clsids[$i]}"
     [ "$(value_of "$key\\InprocServer32" '')" = "$dll" ] &&
       [ "$(value_of "$key\\InprocServer32" ThreadingModel)" = Apartment ] &&
@@ -117,6 +117,7 @@ fill_toolbar() {
   run_reg add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
   run_reg add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
   run_reg add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
+  run_reg add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
 } >/dev/null 2>&1
 
 ours() { # ours <exported .reg>: its lines that name the component or its identifiers
@@ -146,6 +147,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   fill_toolbar
   run_vbscript "$here/vbs/pc_info.vbs"
   run_vbscript "$here/vbs/products.vbs" catalogue
+  run_vbscript "$here/vbs/services.vbs" catalogue
 
   # The marker switches the log on, so that each apartment's start shows.
   local data log
