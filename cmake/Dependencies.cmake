@@ -23,6 +23,10 @@ endforeach()
 add_library(ostrel_header_libs INTERFACE)
 target_include_directories(ostrel_header_libs SYSTEM INTERFACE ${OSTREL_NARROW_INCLUDE})
 
+if(NOT WIN32)
+  find_package(pugixml REQUIRED)
+endif()
+
 if(OSTREL_BUILD_BENCH AND NOT WIN32)
   find_package(benchmark REQUIRED)
 endif()

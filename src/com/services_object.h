@@ -1,12 +1,8 @@
 // wncServices as hosts see it: the door to the routines that no other public
 // class calls. It holds no state; each member calls one routine and hands
 // back what that routine gives, so a routine that never raises never raises
-// here. The members are defined beside their area: services_catalogue.cpp,
-// services_settings.cpp, services_machine.cpp, services_ui.cpp.
-//
-// Note: with UNICODE defined, windows.h turns the name DeleteFile into
-// DeleteFileW in the generated interface and here alike; the type library
-// keeps the name DeleteFile.
+// here. The members are defined beside their area (services_catalogue.cpp,
+// services_settings.cpp, ...).
 #pragma once
 
 #include "com/automation_object.h"
@@ -29,28 +25,6 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                                      BSTR Value) override;
     HRESULT STDMETHODCALLTYPE GetMutex(BSTR Name, LONG TimeoutMs, LONG* result) override;
     HRESULT STDMETHODCALLTYPE ReleaseMutexHandle(LONG* Handle, VARIANT_BOOL* result) override;
-
-    // The machine: network, inventory, processes.
-    HRESULT STDMETHODCALLTYPE NetworkCards(IDispatch** result) override;
-    HRESULT STDMETHODCALLTYPE Adapters(IDispatch** result) override;
-    HRESULT STDMETHODCALLTYPE InterfaceData(BSTR Name, IDispatch** result) override;
-    HRESULT STDMETHODCALLTYPE WmiInfo(BSTR* result) override;
-    HRESULT STDMETHODCALLTYPE IsProcessRunning(BSTR Name, VARIANT* ProcessId,
-                                               VARIANT_BOOL* result) override;
-    HRESULT STDMETHODCALLTYPE RunProgram(BSTR CommandLine, LONG Unused, BSTR ReadyFile,
-                                         VARIANT_BOOL* result) override;
-
-    // The window, time and paths.
-    HRESULT STDMETHODCALLTYPE ShowAbout(LONG OwnerHwnd) override;
-    HRESULT STDMETHODCALLTYPE ConvertToGMT(DATE LocalTime, DATE* result) override;
-    HRESULT STDMETHODCALLTYPE NowGMT(DATE* result) override;
-    HRESULT STDMETHODCALLTYPE ConvertFromGMT(DATE GmtTime, DATE* result) override;
-    HRESULT STDMETHODCALLTYPE GetLongPathFilename(BSTR PathFilename, BSTR* result) override;
-    HRESULT STDMETHODCALLTYPE BrowseForFolder(LONG OwnerHwnd, BSTR Title, LONG Options, BSTR Root,
-                                              BSTR* result) override;
-    HRESULT STDMETHODCALLTYPE SetCurrentFolder(BSTR Folder, BSTR* result) override;
-    HRESULT STDMETHODCALLTYPE DeleteFile(BSTR Filename, VARIANT_BOOL* result) override;
-    HRESULT STDMETHODCALLTYPE GetLocalisedFileName(BSTR BaseFile, BSTR* result) override;
 };
 
 }  // namespace ostrel::com

@@ -5,36 +5,25 @@
 #include <string>
 
 #include "foundation/file_system_object.h"
+#include "foundation/settings.h"
 #include "ostrel_version.h"
 #include "runtime/automation_error.h"
+#include "runtime/convert.h"
 #include "runtime/format.h"
 
 namespace ostrel {
 
 namespace {
 
-constexpr std::string_view kDataFolder = "QUORL";
+constexpr std::string_view kApplication = "Ostrel";
+constexpr std::string_view kSettingsSection = "Settings";
+constexpr std::string_view kVerbosityKey = "OutputDebugString";
+constexpr std::string_view kVerbosityDefault = "1";
 constexpr std::string_view kMarkerName = "debug_ot";
 constexpr std::string_view kLogName = "ot.log";
 constexpr int64_t kLogLimit = 2097152;  // 0x200000; a file of exactly this size is kept
 constexpr std::string_view kStampFormat = "hh:nn:ss dd-mmm-yyyy";
 constexpr std::string_view kCrLf = "\r\n";
-
-template <class Port>
-Port& requirePort(Port* port) {
-    if (!port) raise(kErrCantCreate);
-    return *port;
-}
-
-// ProgramData\QUORL\name. An unset ProgramData leaves the folder relative.
-std::string dataFile(std::string_view name) {
-    FileSystemObject& fso = fileSystem();
-    std::string programData;
-    if (auto* environment = apartment().ports.environment) {
-        programData = environment->variable("ProgramData").value_or(std::string());
-    }
-    return fso.BuildPath(fso.BuildPath(programData, kDataFolder), name);
-}
 
 // Opened, written and closed for each message: no handle is kept between
 // two messages, so another process may move or delete the file meanwhile.
@@ -59,10 +48,13 @@ void gsubInitDebug(std::string_view /*ignoredText*/, int32_t /*ignoredNumber*/) 
         return;
     }
     try {
-        if (!fileSystem().FileExists(dataFile(kMarkerName))) return;
+        if (!fileSystem().FileExists(dataFolderFile(kMarkerName))) return;
         g.gblnDebug = true;
         g.glngDebugLevel = 1;
-        gsubStartLog();
+        gsubStartLog();  // so the banner is written at level 1
+        // The verbosity: a text that is no number ends here, half on.
+        g.glngDebugLevel = toLong(gfstrGetApplicationSetting(kApplication, kSettingsSection,
+                                                             kVerbosityKey, kVerbosityDefault));
     } catch (...) {
         // Half on: the log keeps its name, call sites that test the flag go quiet.
         g.gblnDebug = false;
@@ -73,7 +65,7 @@ void gsubInitDebug(std::string_view /*ignoredText*/, int32_t /*ignoredNumber*/) 
 void gsubStartLog() {
     OstrelGlobals& g = apartment();
     try {
-        g.gstrLogFilename = dataFile(kLogName);
+        g.gstrLogFilename = dataFolderFile(kLogName);
     } catch (...) {
         g.gstrLogFilename.clear();
         return;

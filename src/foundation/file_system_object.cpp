@@ -9,6 +9,7 @@ namespace ostrel {
 namespace {
 
 constexpr char kKeySeparator = '\\';
+constexpr std::string_view kDataFolder = "QUORL";
 
 // The folder part of a path, either separator counting (Windows takes both).
 std::string_view parentFolder(std::string_view path) {
@@ -65,6 +66,15 @@ FileSystemObject& fileSystem() {
     const Ref<FileSystemObject>& fso = apartment().gobjFileSystem;
     if (!fso) raise(kErrObjectNotSet);
     return *fso;
+}
+
+std::string dataFolderFile(std::string_view name) {
+    FileSystemObject& fso = fileSystem();
+    std::string programData;
+    if (auto* environment = apartment().ports.environment) {
+        programData = environment->variable("ProgramData").value_or(std::string());
+    }
+    return fso.BuildPath(fso.BuildPath(programData, kDataFolder), name);
 }
 
 std::string buildKeyPath(std::string_view path, std::string_view name) {

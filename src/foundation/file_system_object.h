@@ -38,6 +38,11 @@ class FileSystemObject : public Object {
 // as every path operation of the component then does at its own call site.
 FileSystemObject& fileSystem();
 
+// ProgramData\QUORL\name, joined by BuildPath: the data folder of the
+// marker, the log and the settings file. An unset ProgramData leaves the
+// folder relative. Raises 91 when gobjFileSystem is empty.
+std::string dataFolderFile(std::string_view name);
+
 // A registry path joined by BuildPath's rule with a backslash, whatever the
 // platform (registry paths are Windows paths everywhere). Raises 91 like any
 // other path operation when gobjFileSystem is empty.

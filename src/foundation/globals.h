@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/ports.h"
+#include "runtime/automation_error.h"
 #include "runtime/object.h"
 
 namespace ostrel {
@@ -17,6 +18,9 @@ class FileSystemObject;
 class wncPCInfo;
 class PartNumberTable;
 class ObjectFactory;
+namespace platform {
+class XmlDocument;
+}
 
 enum class StartState { NotStarted, Started, Failed };
 
@@ -37,11 +41,20 @@ struct OstrelGlobals {
     int32_t glngDebugLevel = 0;
     std::string gstrLogFilename;
     Ref<wncPCInfo> gobjPCInfo;
-    std::unique_ptr<PartNumberTable> partNumbers;  // built at the first look-up
+    std::unique_ptr<PartNumberTable> partNumbers;            // built at the first look-up
+    std::unique_ptr<platform::XmlDocument> gobjSettingsDoc;  // the settings file in memory
 };
 
 // This thread's globals.
 OstrelGlobals& apartment();
+
+// A port of this apartment; error 429 when it has none, as for a service
+// that can't be created.
+template <class Port>
+Port& requirePort(Port* port) {
+    if (!port) raise(kErrCantCreate);
+    return *port;
+}
 
 // The language text object of this apartment, created on first touch.
 clsLanguageText& gobjLanguageText();

@@ -1,6 +1,6 @@
 // Application settings: one small XML file for all users of the machine
-// (ot_settings.xml in the data folder), with the older per-user store behind
-// it. Every value is a string; callers convert.
+// (ot_settings.xml in the data folder), guarded by the settings mutex, with
+// the older per-user store behind it. Every value is a string; callers convert.
 #pragma once
 
 #include <string>

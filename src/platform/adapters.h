@@ -15,5 +15,8 @@ FileSystemPort& systemFileSystem();
 EnvironmentPort& systemEnvironment();
 LocalePort& systemLocale();
 SystemInfoPort& systemInfo();
+NamedMutexPort& systemNamedMutex();
+XmlPort& systemXml();  // Windows: the platform's XML document object; Linux: pugixml
+ProgramSettingsPort& systemProgramSettings();  // Windows: HKCU; Linux: a per-user INI file
 
 }  // namespace ostrel::platform

@@ -9,8 +9,11 @@
 #include "platform/file_system_port.h"
 #include "platform/locale_port.h"
 #include "platform/message_box_port.h"
+#include "platform/named_mutex_port.h"
+#include "platform/program_settings_port.h"
 #include "platform/registry_port.h"
 #include "platform/system_info_port.h"
+#include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
 
@@ -23,6 +26,9 @@ struct Ports {
     EnvironmentPort* environment = nullptr;
     LocalePort* locale = nullptr;
     SystemInfoPort* systemInfo = nullptr;
+    NamedMutexPort* namedMutex = nullptr;
+    XmlPort* xml = nullptr;
+    ProgramSettingsPort* programSettings = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

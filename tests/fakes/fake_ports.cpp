@@ -1,5 +1,7 @@
 #include "fakes/fake_ports.h"
 
+#include "runtime/automation_error.h"
+
 namespace ostrel::fakes {
 
 namespace {
@@ -39,6 +41,50 @@ bool FakeSystemInfo::computerNameEx(int32_t format, std::string& buffer, uint32_
 
 bool FakeSystemInfo::userNameEx(int32_t format, std::string& buffer, uint32_t& size) {
     return answerName(userNames, format, buffer, size);
+}
+
+int32_t FakeNamedMutex::create(std::string_view name) {
+    calls.push_back("create " + std::string(name));
+    if (!createFails) return nextHandle_++;
+    lastError_ = failureCode;
+    return 0;
+}
+
+uint32_t FakeNamedMutex::wait(int32_t handle, int32_t timeoutMs) {
+    calls.push_back("wait " + std::to_string(handle) + " " + std::to_string(timeoutMs));
+    return waitAnswer;
+}
+
+bool FakeNamedMutex::release(int32_t handle) {
+    calls.push_back("release " + std::to_string(handle));
+    if (releaseFails) lastError_ = failureCode;
+    return !releaseFails;
+}
+
+bool FakeNamedMutex::close(int32_t handle) {
+    calls.push_back("close " + std::to_string(handle));
+    if (closeFails) lastError_ = failureCode + 1;
+    return !closeFails;
+}
+
+namespace {
+std::string settingKey(std::string_view application, std::string_view section,
+                       std::string_view key) {
+    return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
+}
+}  // namespace
+
+std::string FakeProgramSettings::get(std::string_view application, std::string_view section,
+                                     std::string_view key, std::string_view defaultValue) {
+    ++reads;
+    const auto found = values.find(settingKey(application, section, key));
+    return found == values.end() ? std::string(defaultValue) : found->second;
+}
+
+void FakeProgramSettings::save(std::string_view application, std::string_view section,
+                               std::string_view key, std::string_view value) {
+    if (saveFails) raise(kErrInvalidCall);
+    values[settingKey(application, section, key)] = std::string(value);
 }
 
 }  // namespace ostrel::fakes

@@ -78,4 +78,42 @@ class FakeSystemInfo : public platform::SystemInfoPort {
     bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
 };
 
+// A lock inside this test: what each call answers is the test's to say,
+// and every call is written down ("create NAME", "wait H MS", "release H",
+// "close H"). Handles count from 1; errors have the text "text of CODE".
+class FakeNamedMutex : public platform::NamedMutexPort {
+  public:
+    bool createFails = false;
+    uint32_t waitAnswer = kWaitObtained;
+    bool releaseFails = false;
+    bool closeFails = false;
+    int32_t failureCode = 288;
+    std::vector<std::string> calls;
+
+    int32_t create(std::string_view name) override;
+    uint32_t wait(int32_t handle, int32_t timeoutMs) override;
+    bool release(int32_t handle) override;
+    bool close(int32_t handle) override;
+    int32_t lastError() override { return lastError_; }
+    std::string errorText(int32_t code) override { return "text of " + std::to_string(code); }
+
+  private:
+    int32_t nextHandle_ = 1;
+    int32_t lastError_ = 0;
+};
+
+// The older settings store in memory, keyed "application\\section\\key" as
+// given; counts its reads. A save may be made to fail (error 5).
+class FakeProgramSettings : public platform::ProgramSettingsPort {
+  public:
+    std::map<std::string, std::string> values;
+    int reads = 0;
+    bool saveFails = false;
+
+    std::string get(std::string_view application, std::string_view section, std::string_view key,
+                    std::string_view defaultValue) override;
+    void save(std::string_view application, std::string_view section, std::string_view key,
+              std::string_view value) override;
+};
+
 }  // namespace ostrel::fakes

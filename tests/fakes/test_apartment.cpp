@@ -38,6 +38,9 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.environment = &environment;
     ports.locale = &locale;
     ports.systemInfo = &systemInfo;
+    ports.namedMutex = &namedMutex;
+    ports.xml = &platform::systemXml();
+    ports.programSettings = &programSettings;
     install();
 }
 
@@ -70,6 +73,10 @@ std::string TestApartment::dataFile(std::string_view name) const {
 
 void TestApartment::writeMarker() const {
     writeBytes(pathOf(dataFile("debug_ot")), "");
+}
+
+void TestApartment::writeSettings(std::string_view xml) const {
+    writeBytes(pathOf(dataFile("ot_settings.xml")), xml);
 }
 
 std::filesystem::path pathOf(std::string_view utf8) {

@@ -18,7 +18,8 @@ class TestApartment {
   public:
     // Installs the globals at once: ProgramData is the temporary folder, the
     // component folder the one of the test program (where the language file
-    // lies), the registry an empty .reg registry.
+    // lies), the registry an empty .reg registry, the XML document object the
+    // platform's own, the lock and the older settings store fakes.
     TestApartment();
     ~TestApartment();
     TestApartment(const TestApartment&) = delete;
@@ -35,6 +36,8 @@ class TestApartment {
     std::string dataFile(std::string_view name) const;
     // The marker that switches the log on.
     void writeMarker() const;
+    // ot_settings.xml in the data folder, as given.
+    void writeSettings(std::string_view xml) const;
 
     FakeClock clock;
     CapturingDebugStream debugStream;
@@ -42,6 +45,8 @@ class TestApartment {
     FakeEnvironment environment;
     FakeLocale locale;
     FakeSystemInfo systemInfo;
+    FakeNamedMutex namedMutex;
+    FakeProgramSettings programSettings;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it

@@ -21,6 +21,11 @@ const std::string kStamp = "14:07:09 05-Mar-2024 ";  // where the fake clock sta
 
 class DebugLog : public ::testing::Test {
   protected:
+    // The verbosity the log starts at unless a test says otherwise.
+    DebugLog() {
+        fx.writeSettings("<Settings><OutputDebugString>1</OutputDebugString></Settings>");
+    }
+
     // What Main does before diagnostics start: the file system object exists.
     void startDiagnostics() {
         apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
@@ -85,6 +90,41 @@ TEST_F(DebugLog, OversizedLogIsDeletedAtStartAndTheBoundItselfIsKept) {
                                  std::filesystem::perm_options::remove);  // read-only goes too
     startDiagnostics();
     EXPECT_EQ(readBytes(logFile()), kStamp + kBanner);
+}
+
+TEST_F(DebugLog, VerbosityComesFromTheSettingsFileAfterTheBanner) {
+    struct Case {
+        const char* file;  // ot_settings.xml, or null for none
+        bool flag;
+        int32_t level;
+        const char* after;  // what the log holds after the banner
+    };
+    const Case cases[] = {
+        {"<Settings><OutputDebugString>1001</OutputDebugString></Settings>", true, 1001, ""},
+        // kept: "0" leaves diagnostics on, only nothing behind a threshold shows
+        {"<Settings><OutputDebugString>0</OutputDebugString></Settings>", true, 0, ""},
+        // No number: half on, the banner already written.
+        {"<Settings><OutputDebugString></OutputDebugString></Settings>", false, 0, ""},
+        {"<Settings><OutputDebugString>abc</OutputDebugString></Settings>", false, 0, ""},
+        {nullptr, true, 1, "Ostrel settings file not found.  file: "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file ? c.file : "no file");
+        fx.install();
+        fx.writeMarker();
+        std::filesystem::remove(logFile());
+        std::filesystem::remove(pathOf(fx.dataFile("ot_settings.xml")));
+        if (c.file) fx.writeSettings(c.file);
+        startDiagnostics();
+        EXPECT_EQ(gblnDebug(), c.flag);
+        EXPECT_EQ(glngDebugLevel(), c.level);
+        EXPECT_EQ(apartment().gstrLogFilename, fx.dataFile("ot.log")) << "the log keeps its name";
+        const std::string log = readBytes(logFile());
+        ASSERT_EQ(log.substr(0, (kStamp + kBanner).size()), kStamp + kBanner);
+        EXPECT_EQ(
+            log.substr((kStamp + kBanner).size(), std::string(c.after).size() + kStamp.size()),
+            *c.after ? kStamp + c.after : "");
+    }
 }
 
 TEST_F(DebugLog, UnsetProgramDataMeansAFolderBelowTheCurrentDirectory) {

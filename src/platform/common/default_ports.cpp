@@ -13,6 +13,9 @@ Ports defaultPorts() {
     ports.environment = &systemEnvironment();
     ports.locale = &systemLocale();
     ports.systemInfo = &systemInfo();
+    ports.namedMutex = &systemNamedMutex();
+    ports.xml = &systemXml();
+    ports.programSettings = &systemProgramSettings();
     return ports;
 }
 

@@ -1,0 +1,193 @@
+// The XML document object on Linux: pugixml behind the same small port that
+// the Windows document object implements. Loading is synchronous, so the
+// async property changes nothing here. What pugixml doesn't do itself is done
+// as the document object does it: the rules of xml_rules.h, text as the
+// concatenation of the descendants' text, a failed load leaving an empty
+// document. A save goes to a temporary file
+// beside the target and is renamed over it, so a crash never leaves half a
+// file.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include <pugixml.hpp>
+
+#include "platform/adapters.h"
+#include "platform/common/xml_rules.h"
+#include "runtime/automation_error.h"
+
+namespace ostrel::platform {
+
+namespace {
+
+class PugiNode final : public XmlNode {
+  public:
+    // A node of the tree, or an element created and not yet appended.
+    explicit PugiNode(pugi::xml_node node) : node_(node) {}
+    explicit PugiNode(std::string name) : pendingName_(std::move(name)) {}
+    explicit PugiNode(pugi::xml_attribute attribute) : attribute_(attribute) {}
+
+    std::unique_ptr<XmlNode> selectSingleNode(std::string_view path) override {
+        if (!node_) return nullptr;
+        checkSelectionPath(path);
+        pugi::xpath_node found;
+        try {
+            found = node_.select_node(std::string(path).c_str());
+        } catch (const pugi::xpath_exception& error) {
+            raiseXmlFailure(error.what());
+        }
+        if (found.attribute()) return std::make_unique<PugiNode>(found.attribute());
+        if (found.node()) return std::make_unique<PugiNode>(found.node());
+        return nullptr;
+    }
+
+    void appendChild(XmlNode& child) override {
+        auto& element = dynamic_cast<PugiNode&>(child);
+        if (!node_ || element.node_ || element.pendingName_.empty()) {
+            raiseXmlFailure("Insert position Node must be a Child of the Node to insert under.");
+        }
+        if (node_.type() == pugi::node_document &&
+            node_.find_child([](pugi::xml_node n) { return n.type() == pugi::node_element; })) {
+            raiseSecondDocumentElement();
+        }
+        element.node_ = node_.append_child(element.pendingName_.c_str());
+        element.pendingName_.clear();
+    }
+
+    std::string text() const override {
+        if (attribute_) return attribute_.value();
+        if (!node_ || node_.type() == pugi::node_pcdata || node_.type() == pugi::node_cdata) {
+            return node_ ? node_.value() : std::string();
+        }
+        std::string text;
+        for (pugi::xml_node n = node_.first_child(); n;) {
+            if (n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata) text += n.value();
+            // Depth first, without recursion.
+            if (n.first_child()) {
+                n = n.first_child();
+                continue;
+            }
+            while (n && !n.next_sibling() && n != node_) n = n.parent();
+            if (!n || n == node_) break;
+            n = n.next_sibling();
+        }
+        return text;
+    }
+
+    void setText(std::string_view text) override {
+        if (attribute_) {
+            attribute_.set_value(std::string(text).c_str());
+            return;
+        }
+        if (!node_) raiseXmlFailure("The node is not part of a document.");
+        while (node_.first_child()) node_.remove_child(node_.first_child());
+        if (!text.empty())
+            node_.append_child(pugi::node_pcdata).set_value(std::string(text).c_str());
+    }
+
+  private:
+    pugi::xml_node node_;
+    std::string pendingName_;
+    pugi::xml_attribute attribute_;
+};
+
+class PugiDocument final : public XmlDocument {
+  public:
+    PugiDocument() : root_(document_) {}
+
+    void setAsync(bool) override {}
+    void setPreserveWhiteSpace(bool preserve) override { preserveWhiteSpace_ = preserve; }
+
+    bool load(std::string_view path) override {
+        unsigned int options =
+            pugi::parse_default | pugi::parse_declaration | pugi::parse_comments | pugi::parse_pi;
+        if (preserveWhiteSpace_) options |= pugi::parse_ws_pcdata;
+        const pugi::xml_parse_result result =
+            document_.load_file(std::string(path).c_str(), options, pugi::encoding_auto);
+        if (!result) document_.reset();  // what was parsed before the error goes too
+        return static_cast<bool>(result);
+    }
+
+    XmlNode& node() override { return root_; }
+
+    std::unique_ptr<XmlNode> createElement(std::string_view name) override {
+        checkElementName(name);
+        return std::make_unique<PugiNode>(std::string(name));
+    }
+
+    void save(std::string_view path) override {
+        const std::string target(path);
+        if (target.empty()) raiseXmlFailure("The path is empty.");
+        std::string temporary = target + ".XXXXXX";
+        const int fd = ::mkstemp(temporary.data());
+        if (fd < 0) raiseFileError(errno);
+        ::fchmod(fd, 0644);
+        FILE* file = ::fdopen(fd, "wb");
+        if (!file) {
+            const int error = errno;
+            ::close(fd);
+            ::unlink(temporary.c_str());
+            raiseFileError(error);
+        }
+        struct Writer final : pugi::xml_writer {
+            FILE* file;
+            bool ok = true;
+            explicit Writer(FILE* f) : file(f) {}
+            void write(const void* data, size_t size) override {
+                ok = ok && std::fwrite(data, 1, size, file) == size;
+            }
+        } writer(file);
+        // No declaration of our own, no white space: what the document object writes.
+        document_.save(writer, "", pugi::format_raw | pugi::format_no_declaration,
+                       pugi::encoding_utf8);
+        const bool flushed = std::fflush(file) == 0 && ::fsync(fd) == 0;
+        const int error = errno;
+        std::fclose(file);
+        if (!writer.ok || !flushed || ::rename(temporary.c_str(), target.c_str()) != 0) {
+            const int renameError = errno;
+            ::unlink(temporary.c_str());
+            raiseFileError(writer.ok && flushed ? renameError : error);
+        }
+    }
+
+  private:
+    [[noreturn]] static void raiseFileError(int error) {
+        switch (error) {
+            case ENOENT:
+            case ENOTDIR:
+                raise(kErrPathNotFound);
+            case EACCES:
+            case EPERM:
+            case EROFS:
+                raise(kErrPermissionDenied);
+            case ENOSPC:
+                raise(61);
+            default:
+                raise(75);
+        }
+    }
+
+    pugi::xml_document document_;
+    PugiNode root_;
+    bool preserveWhiteSpace_ = false;
+};
+
+class PugiXml final : public XmlPort {
+  public:
+    std::unique_ptr<XmlDocument> createDocument() override {
+        return std::make_unique<PugiDocument>();
+    }
+};
+
+}  // namespace
+
+XmlPort& systemXml() {
+    static PugiXml xml;
+    return xml;
+}
+
+}  // namespace ostrel::platform
