@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fakes/test_apartment.h"
+#include "foundation/globals.h"
+#include "foundation/named_mutex.h"
+#include "platform/adapters.h"
+
+namespace ostrel {
+namespace {
+
+using Port = platform::NamedMutexPort;
+using Calls = std::vector<std::string>;
+
+class MutexGuard : public ::testing::Test {
+  protected:
+    const std::vector<std::string>& said() const { return fx.debugStream.texts; }
+    fakes::TestApartment fx;
+};
+
+TEST_F(MutexGuard, ObtainsAndReleasesSilentlyUpToLevel1000AndTracesAbove) {
+    apartment().glngDebugLevel = 1000;
+    int32_t handle = GetMutex("M", 250);
+    EXPECT_EQ(handle, 1);
+    EXPECT_TRUE(ReleaseMutexHandle(handle));
+    EXPECT_EQ(handle, 0);
+    EXPECT_TRUE(said().empty());
+    EXPECT_EQ(fx.namedMutex.calls, (Calls{"create M", "wait 1 250", "release 1", "close 1"}));
+
+    apartment().glngDebugLevel = 1001;
+    handle = GetMutex("M", 0);
+    ReleaseMutexHandle(handle);
+    EXPECT_EQ(said(), (Calls{"Obtained mutex(M,2)\r\n", "Released mutex handle(2)\r\n",
+                             "Closed mutex handle(2)\r\n"}));
+
+    // A variable of 0, or the same variable a second time: nothing at all.
+    fx.namedMutex.calls.clear();
+    EXPECT_TRUE(ReleaseMutexHandle(handle));
+    EXPECT_TRUE(fx.namedMutex.calls.empty());
+    EXPECT_EQ(GetMutex("", 100), 0) << "an empty name";
+    EXPECT_TRUE(fx.namedMutex.calls.empty());
+}
+
+TEST_F(MutexGuard, FailedWaitsAndCreationsGiveZeroAndTheirLine) {
+    fx.namedMutex.waitAnswer = Port::kWaitTimeout;
+    EXPECT_EQ(GetMutex("M", 10), 0);
+    fx.namedMutex.waitAnswer = Port::kWaitFailed;
+    EXPECT_EQ(GetMutex("M", 10), 0);
+    EXPECT_EQ(fx.namedMutex.calls, (Calls{"create M", "wait 1 10", "create M", "wait 2 10"}))
+        << "kept: the handle of a failed wait stays open";
+    fx.namedMutex.createFails = true;
+    EXPECT_EQ(GetMutex("M", 10), 0);
+    EXPECT_EQ(said(), (Calls{"Failed getting mutex(M)\r\n", "Failed getting mutex(M)\r\n",
+                             "Failed creating mutex(M)\r\n"}));
+}
+
+TEST_F(MutexGuard, AnAbandonedMutexIsASuccessAndToldAtEveryLevel) {
+    fx.namedMutex.waitAnswer = Port::kWaitAbandoned;
+    EXPECT_EQ(GetMutex("M", 10), 1);
+    EXPECT_EQ(said(), Calls{"Obtained abandoned mutex(M,1)\r\n"});
+}
+
+TEST_F(MutexGuard, RefusedReleaseAndCloseAreToldInTheReleasesWords) {
+    fx.namedMutex.releaseFails = true;
+    int32_t handle = GetMutex("M", 10);
+    EXPECT_FALSE(ReleaseMutexHandle(handle));
+    EXPECT_EQ(handle, 0);
+    EXPECT_EQ(fx.namedMutex.calls.back(), "close 1") << "closed although the release failed";
+
+    fx.namedMutex.releaseFails = false;
+    fx.namedMutex.closeFails = true;
+    handle = GetMutex("M", 10);
+    EXPECT_TRUE(ReleaseMutexHandle(handle)) << "a failed close doesn't change the result";
+    EXPECT_EQ(handle, 0);
+    EXPECT_EQ(said(), (Calls{"Released mutex handle(1) = 288\ttext of 288\r\n",
+                             "Released mutex handle(2) = 289\ttext of 289\r\n"}));
+}
+
+TEST_F(MutexGuard, WithoutALockServiceTheRunTimeErrorIsLogged) {
+    fx.ports.namedMutex = nullptr;
+    fx.install();
+    EXPECT_EQ(GetMutex("M", 10), 0);
+    EXPECT_EQ(said(), Calls{"[GetMutex] Name: M ERROR: 429 - ActiveX component can't create "
+                            "object\r\n"});
+    int32_t handle = 7;
+    EXPECT_FALSE(ReleaseMutexHandle(handle));
+    EXPECT_EQ(handle, 0);
+}
+
+// The system's own lock: what a wait answers from another thread, which
+// owns a mutex on Windows and Linux alike.
+TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
+    Port& port = platform::systemNamedMutex();
+    const std::string name =
+        "ostrel-test-" +
+        std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
+    const int32_t mine = port.create(name);
+    ASSERT_GT(mine, 0);
+    EXPECT_EQ(port.wait(mine, 0), Port::kWaitObtained);
+    EXPECT_EQ(port.wait(mine, 0), Port::kWaitObtained) << "the owner gets it again at once";
+
+    std::atomic<uint32_t> answer{0};
+    std::atomic<bool> released{true};
+    auto other = [&](int32_t timeoutMs) {
+        std::thread([&, timeoutMs] {
+            const int32_t theirs = port.create(name);
+            answer = port.wait(theirs, timeoutMs);
+            released = port.release(theirs);  // owned or not, as the answer says
+            port.close(theirs);
+        }).join();
+    };
+    other(0);
+    EXPECT_EQ(answer, Port::kWaitTimeout);
+    EXPECT_FALSE(released) << "a thread that doesn't own it can't release it";
+    const auto start = std::chrono::steady_clock::now();
+    other(150);
+    EXPECT_EQ(answer, Port::kWaitTimeout);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(140));
+    EXPECT_FALSE(port.errorText(port.lastError()).empty());
+
+    EXPECT_TRUE(port.release(mine));
+    EXPECT_TRUE(port.release(mine));
+    EXPECT_FALSE(port.release(mine)) << "released as often as it was taken";
+    other(0);
+    EXPECT_EQ(answer, Port::kWaitObtained);
+    EXPECT_TRUE(released);
+
+    // A thread that ends while it owns the lock leaves it abandoned.
+    std::thread([&] {
+        const int32_t theirs = port.create(name);
+        port.wait(theirs, 0);
+    }).join();
+    EXPECT_EQ(port.wait(mine, 1000), Port::kWaitAbandoned);
+    EXPECT_TRUE(port.release(mine));
+    EXPECT_EQ(port.wait(mine, 0), Port::kWaitObtained) << "plain again after the abandoned wait";
+    EXPECT_TRUE(port.release(mine));
+    EXPECT_TRUE(port.close(mine));
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "fakes/test_apartment.h"
+#include "foundation/file_system_object.h"
+#include "foundation/globals.h"
+#include "foundation/settings.h"
+#include "platform/adapters.h"
+
+namespace ostrel {
+namespace {
+
+using fakes::pathOf;
+using fakes::readBytes;
+
+// The settings routines against the platform's XML document object, a fake
+// lock and a fake older store.
+class Settings : public ::testing::Test {
+  protected:
+    Settings() {
+        fx.dataFolder();  // made, as a machine with the marker has it
+        apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    }
+
+    std::string read(std::string_view section, std::string_view key, std::string_view def = "d") {
+        return gfstrGetApplicationSetting("App", section, key, def);
+    }
+    void save(std::string_view section, std::string_view key, std::string_view value) {
+        gsubSaveApplicationSetting("App", section, key, value);
+    }
+    // The file as written, without the line end that some document objects add.
+    std::string file() const {
+        std::string text = readBytes(pathOf(fx.dataFile("ot_settings.xml")));
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+        return text;
+    }
+    bool fileExists() const {
+        return std::filesystem::exists(pathOf(fx.dataFile("ot_settings.xml")));
+    }
+    // The debugger lines that start with this text.
+    std::vector<std::string> logged(std::string_view start) const {
+        std::vector<std::string> lines;
+        for (const std::string& text : fx.debugStream.texts) {
+            if (text.rfind(start, 0) == 0) lines.push_back(text);
+        }
+        return lines;
+    }
+    size_t lockCalls() const { return fx.namedMutex.calls.size(); }
+
+    fakes::TestApartment fx;
+};
+
+TEST_F(Settings, FirstReadLoadsUnderTheLockAndLaterReadsStayInMemory) {
+    fx.writeSettings(
+        "<?xml version=\"1.0\"?>\n<Settings>\n  <A>one</A>\n  <Empty/>\n</Settings>\n");
+    EXPECT_EQ(read("Settings", "A"), "one");
+    EXPECT_EQ(fx.namedMutex.calls,
+              (std::vector<std::string>{"create QUORL_OSTREL_SETTINGS", "wait 1 3000", "release 1",
+                                        "close 1"}));
+
+    std::filesystem::remove(pathOf(fx.dataFile("ot_settings.xml")));
+    EXPECT_EQ(read("Settings", "A"), "one") << "no second load";
+    EXPECT_EQ(read("Settings", "Empty"), "") << "an empty element is the empty string";
+    EXPECT_EQ(lockCalls(), 4u) << "no second lock";
+    EXPECT_EQ(fx.programSettings.reads, 0);
+
+    // A key that isn't in the file asks the older store every time.
+    EXPECT_EQ(read("Settings", "B"), "d");
+    EXPECT_EQ(read("Settings", "B"), "d");
+    EXPECT_EQ(fx.programSettings.reads, 2);
+    EXPECT_FALSE(fileExists()) << "nothing to move, nothing saved";
+}
+
+TEST_F(Settings, AnOlderValueMovesIntoTheFileUnlessItIsTheDefaultInAnotherCase) {
+    fx.programSettings.values["App\\Settings\\Same"] = "DEFAULT";
+    EXPECT_EQ(read("Settings", "Same", "default"), "default") << "the default, letter for letter";
+    EXPECT_FALSE(fileExists());
+
+    fx.programSettings.values["App\\Settings\\Moved"] = "older";
+    EXPECT_EQ(read("Settings", "Moved"), "older");
+    EXPECT_EQ(file(), "<Settings><Moved>older</Moved></Settings>");
+    EXPECT_EQ(fx.programSettings.values.count("App\\Settings\\Moved"), 1u) << "left in the store";
+    EXPECT_TRUE(logged("Ostrel settings file not found").empty()) << "only with diagnostics on";
+}
+
+TEST_F(Settings, SavesWriteOneSectionWithoutWhiteSpaceAndReloadEachTime) {
+    save("Settings", "A", "1");
+    save("Settings", "B", "2");
+    EXPECT_EQ(file(), "<Settings><A>1</A><B>2</B></Settings>");
+
+    // Another process saved in between: its key is kept.
+    fx.writeSettings("<Settings><A>1</A><B>2</B><C>other</C></Settings>");
+    save("Settings", "A", "3");
+    EXPECT_EQ(file(), "<Settings><A>3</A><B>2</B><C>other</C></Settings>");
+    EXPECT_EQ(lockCalls(), 12u) << "each save takes and gives back the lock";
+
+    // A second section can't be a second document element: the older store takes it.
+    save("Other", "K", "v");
+    EXPECT_EQ(logged("[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: ").size(),
+              1u);
+    EXPECT_EQ(fx.programSettings.values["App\\Other\\K"], "v");
+    EXPECT_EQ(read("Other", "K"), "v") << "read back from the older store";
+    EXPECT_EQ(file(), "<Settings><A>3</A><B>2</B><C>other</C></Settings>");
+}
+
+TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
+    fx.writeSettings("<Settings><A>1</A>");  // cut short
+    fx.programSettings.values["App\\Settings\\A"] = "older";
+    EXPECT_EQ(read("Settings", "A"), "older");
+    // The move saved it, and that save replaced the damaged file.
+    EXPECT_EQ(file(), "<Settings><A>older</A></Settings>");
+
+    fx.install();
+    fx.programSettings.values.clear();
+    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    fx.writeSettings("<Root><Settings><A>1</A></Settings></Root>");
+    EXPECT_EQ(read("Settings", "A", "x"), "x");
+    save("Settings", "A", "2");
+    EXPECT_EQ(fx.programSettings.values["App\\Settings\\A"], "2");
+    EXPECT_EQ(file(), "<Root><Settings><A>1</A></Settings></Root>");
+}
+
+TEST_F(Settings, FailuresEndInTheirMessagesAndTheDefault) {
+    // A key that is no element name: the read fails before the older store.
+    EXPECT_EQ(read("Settings", "a b"), "d");
+    ASSERT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[a b] setting.  "
+                     "ERROR: ")
+                  .size(),
+              1u);
+    EXPECT_EQ(fx.programSettings.reads, 0);
+    save("Settings", "1x", "v");
+    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[1x] setting.  "
+                     "ERROR: ")
+                  .size(),
+              1u);
+    EXPECT_EQ(fx.namedMutex.calls.back(), "close 2") << "the lock is given back after a failure";
+
+    // A missing data folder: the save fails and the folder is not made.
+    std::filesystem::remove_all(pathOf(fx.dataFolder()));
+    save("Settings", "A", "v");
+    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[A] setting.").size(),
+              1u);
+    EXPECT_FALSE(std::filesystem::exists(fx.programData / "QUORL"));
+
+    // An older store that refuses the value: the save's own message.
+    fx.writeSettings("<Settings/>");
+    fx.programSettings.saveFails = true;
+    save("Other", "K", "v");
+    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Other[K] setting.  ERROR: "
+                     "Invalid procedure call or argument\r\n")
+                  .size(),
+              1u);
+}
+
+TEST_F(Settings, WithoutTheLockAReadGivesTheDefaultAndASaveStoresNothing) {
+    fx.writeSettings("<Settings><A>1</A></Settings>");
+    fx.programSettings.values["App\\Settings\\A"] = "older";
+    fx.namedMutex.waitAnswer = platform::NamedMutexPort::kWaitTimeout;
+
+    save("Settings", "A", "2");
+    EXPECT_EQ(file(), "<Settings><A>1</A></Settings>");
+    EXPECT_EQ(logged("[gsubSaveApplicationSetting]").size(), 0u) << "the save ends silently";
+
+    EXPECT_EQ(read("Settings", "A"), "d");
+    EXPECT_EQ(logged("Failed getting mutex(QUORL_OSTREL_SETTINGS)").size(), 2u);
+    EXPECT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[A] setting.  "
+                     "ERROR: Object variable or With block variable not set\r\n")
+                  .size(),
+              1u);
+    EXPECT_EQ(fx.programSettings.reads, 0) << "no older value is looked at";
+
+    // The document is still missing, so the next read tries again.
+    fx.namedMutex.waitAnswer = platform::NamedMutexPort::kWaitObtained;
+    EXPECT_EQ(read("Settings", "A"), "1");
+}
+
+TEST_F(Settings, WithoutAnXmlObjectOrAnOlderStoreNothingRaises) {
+    fx.ports.xml = nullptr;
+    fx.ports.programSettings = nullptr;
+    fx.install();
+    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    EXPECT_EQ(read("Settings", "A"), "d");
+    save("Settings", "A", "v");
+    EXPECT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[A] setting.  "
+                     "ERROR: ActiveX component can't create object\r\n")
+                  .size(),
+              1u);
+    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[A] setting.  "
+                     "ERROR: ActiveX component can't create object\r\n")
+                  .size(),
+              1u);
+}
+
+}  // namespace
+}  // namespace ostrel
