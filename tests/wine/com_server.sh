@@ -127,6 +127,47 @@ run_vbscript() { # run_vbscript <file> [args]: the exit code is the number of fa
   rm -f "$joined"
 }
 
+# The settings members: an older value moves from HKCU into the file, a
+# second section goes to HKCU, the file's verbosity drives the log, and four
+# script hosts saving at once lose nothing.
+test_settings() {
+  local data older='HKCU\Software\VB and VBA Program Settings\Ostrel' w count
+  data="$(winepath -u 'C:\ProgramData')/QUORL"
+  mkdir -p "$data"
+  rm -f "$data/ot_settings.xml" "$data/ot.log" "$data/debug_ot"
+  run_reg delete "$older" /f >/dev/null 2>&1 || true
+  run_reg add "$older\Settings" /v Moved /d older /f >/dev/null 2>&1
+  run_vbscript "$here/vbs/settings.vbs"
+  grep -q '<Colour>blue</Colour>' "$data/ot_settings.xml" && grep -q '<Moved>older</Moved>' "$data/ot_settings.xml" &&
+    ok "the file holds the saved and the moved value" || fail "settings file: $(cat "$data/ot_settings.xml" 2>&1)"
+  run_reg query "$older\Second" /v K 2>/dev/null | grep -q 'REG_SZ *v' &&
+    ok "a second section went to HKCU\Software\VB and VBA Program Settings" || fail "second section not in HKCU"
+
+  touch "$data/debug_ot"
+  printf '<Settings><OutputDebugString>1001</OutputDebugString></Settings>' >"$data/ot_settings.xml"
+  run_vbscript "$here/vbs/settings.vbs" trace
+  grep -q 'Obtained mutex(ostrel-vbs-trace,' "$data/ot.log" 2>/dev/null &&
+    ok "OutputDebugString 1001 in the file: the lock is traced" || fail "no trace at level 1001"
+  rm -f "$data/ot.log"
+  printf '<Settings><OutputDebugString>0</OutputDebugString></Settings>' >"$data/ot_settings.xml"
+  run_vbscript "$here/vbs/settings.vbs" trace
+  grep -q 'START version' "$data/ot.log" 2>/dev/null && ! grep -q 'Obtained mutex' "$data/ot.log" &&
+    ok "OutputDebugString 0: the log is on, the trace is not" || fail "level 0 log"
+  rm -f "$data/debug_ot" "$data/ot.log" "$data/ot_settings.xml"
+
+  local joined
+  joined="$(mktemp --suffix=.vbs)"
+  cat "$here/vbs/check.vbs" "$here/vbs/settings.vbs" >"$joined"
+  for w in 1 2 3 4; do run_cscript "$(winepath -w "$joined")" writer "$w" 500 >/dev/null 2>&1 & done
+  wait
+  rm -f "$joined"
+  count=$(grep -o '<W[0-9]*_[0-9]*>' "$data/ot_settings.xml" | sort -u | wc -l)
+  [ "$count" = 2000 ] && ok "4 script hosts x 500 saves: all 2000 keys in the file" ||
+    fail "4 x 500 saves left $count keys"
+  rm -f "$data/ot_settings.xml"
+  run_reg delete "$older" /f >/dev/null 2>&1 || true
+}
+
 test_server() { # test_server <bin folder> <win32|win64>
   local bin="$1" platform="$2" dll before after
   dll="$(winepath -w "$bin/Ostrel.dll")"
@@ -146,6 +187,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   run_vbscript "$here/vbs/pc_info.vbs"
   run_vbscript "$here/vbs/products.vbs" catalogue
   run_vbscript "$here/vbs/services.vbs" catalogue
+  test_settings
 
   # The marker switches the log on, so that each apartment's start shows.
   local data log

@@ -1,0 +1,139 @@
+#!/usr/bin/env bash
+# Settings and the named lock through real processes: bash settings_test.sh
+# /path/to/ostrel (a Windows build: bash settings_test.sh wine /path/to/ostrel.exe,
+# in the WINEPREFIX of the caller). SAVES sets how many saves each of the four
+# concurrent writers makes (default 500).
+# shellcheck disable=SC2016 # check evaluates its condition, quoted as given
+set -u
+[ $# -ge 1 ] || { echo "usage: $0 [wine] /path/to/ostrel" >&2; exit 2; }
+tool=("$@")
+saves=${SAVES:-500}
+work=$(mktemp -d)
+failures=0
+
+case "${tool[-1]}" in *.exe) windows=true ;; *) windows=false ;; esac
+if $windows; then
+  # The prefix's own data folder and the current user's program-settings tree.
+  data="$(winepath -u 'C:\ProgramData' 2>/dev/null)/QUORL"
+  # HKCU\Software is one key for both bitnesses: the tool's own loader will do.
+  wine_reg() { "${tool[0]}" 'C:\windows\system32\reg.exe' "$@"; }
+  older_key='HKCU\Software\VB and VBA Program Settings\Ostrel'
+  put_older() { wine_reg add "$older_key\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1; }
+  older() { wine_reg query "$older_key\\$1" /v "$2" 2>/dev/null | tr -d '\r' | awk '/REG_SZ/ { sub(/^.*REG_SZ[ \t]+/, ""); print }'; }
+  clean_older() { wine_reg delete "$older_key" /f >/dev/null 2>&1; }
+else
+  export ProgramData="$work/pd" XDG_CONFIG_HOME="$work/config"
+  data="$ProgramData/QUORL"
+  ini="$XDG_CONFIG_HOME/QUORL/program-settings.ini"
+  put_older() { mkdir -p "$(dirname "$ini")" && printf '[Ostrel\\%s]\n%s=%s\n' "$1" "$2" "$3" >>"$ini"; }
+  older() { awk -v g="[Ostrel\\\\$1]" -v k="$2" '/^\[/ { in_g = ($0 == g) } in_g && index($0, k "=") == 1 { print substr($0, length(k) + 2) }' "$ini" 2>/dev/null; }
+  clean_older() { rm -rf "$XDG_CONFIG_HOME"; }
+fi
+settings="$data/ot_settings.xml"
+trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$work" "$data"; clean_older' EXIT
+rm -rf "$data"
+clean_older
+mkdir -p "$data"
+
+run() {
+  "${tool[@]}" "$@" >"$work/out" 2>"$work/err"
+  rc=$?
+  out=$(tr -d '\r' <"$work/out")
+  err=$(tr -d '\r' <"$work/err")
+}
+check() {
+  eval "$2" && return
+  echo "FAIL: $1 (rc=${rc:-})" >&2
+  printf '  stdout: %s\n  stderr: %s\n' "${out:-}" "${err:-}" >&2
+  failures=$((failures + 1))
+}
+has() { grep -qF -- "$2" <<<"$1"; }
+file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
+now_ms() { echo $(($(date +%s%N) / 1000000)); }
+
+# hold NAME MS: a process that holds the lock; returns once it has it.
+hold() {
+  "${tool[@]}" mutex --hold "$2" "$1" >"$work/holder" 2>/dev/null &
+  holder=$!
+  for _ in $(seq 200); do
+    [ -s "$work/holder" ] && break
+    sleep 0.05
+  done
+}
+
+# Reads and saves, and the file they leave.
+run settings get Settings Missing --default fallback
+check "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]'
+run settings set Settings Colour blue
+check "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]'
+run settings set --app Other Settings Size 10
+check "two keys, one section, no white space" '[ "$(file)" = "<Settings><Colour>blue</Colour><Size>10</Size></Settings>" ]'
+run settings get Settings Colour
+check "read back" '[ "$out" = blue ]'
+
+put_older Settings Moved older
+run settings get Settings Moved
+check "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"'
+run --trace settings set Second Key value
+check "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]'
+run --trace settings get "Bad Section" Key --default d
+check "a name that is no element name: the failure line and the default" '[ "$rc" = 0 ] && [ "$out" = d ] && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Bad Section[Key] setting.  ERROR: "'
+
+# The verbosity of the log comes from the file.
+touch "$data/debug_ot"
+run settings set Settings OutputDebugString 1001
+run mutex Traced
+log=$(tr -d '\r' <"$data/ot.log")
+check "level 1001 traces the lock" 'has "$log" "*** START version: " && has "$log" "Obtained mutex(Traced," && has "$log" "Closed mutex handle("'
+rm -f "$data/ot.log"
+run settings set Settings OutputDebugString 0
+run mutex Quiet
+log=$(tr -d '\r' <"$data/ot.log")
+check "level 0 keeps the log on without the trace" 'has "$log" "*** START version: " && ! has "$log" "Obtained mutex(Quiet"'
+rm -f "$data/debug_ot" "$data/ot.log"
+
+# A holder in another process past the time-out: 0, one line, the whole wait.
+name="ostrel-e2e-$$"
+hold "$name" 4000
+start=$(now_ms)
+run --trace mutex --timeout 500 "$name"
+took=$(($(now_ms) - start))
+check "a lock held elsewhere is not obtained" '[ "$rc" = 3 ] && [ "$out" = 0 ] && [ "$(grep -c "Failed getting mutex($name)" <<<"$err")" = 1 ]'
+check "and the whole time-out is spent ($took ms)" '[ "$took" -ge 450 ]'
+run --trace mutex --timeout 0 "$name"
+check "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
+# A waiter keeps the lock in being (on Windows it goes with its last
+# handle) while its holder is killed: the waiter gets it, abandoned.
+( "${tool[@]}" --trace mutex --timeout 5000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
+waiter=$!
+sleep 0.5
+pkill -9 -f "mutex --hold 4000 $name" # the program itself too, not only a launcher (wine's start.exe)
+{ wait "$holder"; } 2>/dev/null
+wait "$waiter"
+rc=$(cat "$work/waiter.rc")
+out=$(tr -d '\r' <"$work/waiter")
+err=$(tr -d '\r' <"$work/waiter.err")
+check "a holder killed with -9 leaves the lock abandoned" '[ "$rc" = 0 ] && [ "$out" -gt 0 ] && has "$err" "Obtained abandoned mutex($name,$out)"'
+run --trace mutex "$name"
+check "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned'
+
+# The settings lock held past 3000 ms during a first read: the default and the message.
+hold QUORL_OSTREL_SETTINGS 6000
+run --trace settings get Settings Colour --default d
+check "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "'
+pkill -f "mutex --hold 6000 QUORL_OSTREL_SETTINGS"
+wait "$holder" 2>/dev/null
+
+# Four writers saving distinct keys at once: every save reloads under the
+# lock, so nothing is lost.
+rm -f "$settings"
+writer() {
+  for i in $(seq "$saves"); do "${tool[@]}" settings set Settings "W$1_$i" "$i" >/dev/null 2>&1; done
+}
+for w in 1 2 3 4; do writer "$w" & done
+wait
+count=$(grep -o '<W[0-9]*_[0-9]*>' "$settings" | sort -u | wc -l)
+check "4 writers x $saves saves: all $((4 * saves)) keys are in the file ($count)" '[ "$count" = $((4 * saves)) ]'
+
+echo "settings_test ${tool[*]}: $failures failed"
+[ "$failures" = 0 ]
