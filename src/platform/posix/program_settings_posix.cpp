@@ -193,7 +193,7 @@ class IniProgramSettings final : public ProgramSettingsPort {
             if (n <= 0) break;
             done += static_cast<size_t>(n);
         }
-        const bool ok = done == content.size() && ::fsync(fd) == 0;
+        const bool ok = done == content.size();  // the rename keeps it whole
         ::close(fd);
         if (!ok || ::rename(temporary.c_str(), file.c_str()) != 0) {
             ::unlink(temporary.c_str());

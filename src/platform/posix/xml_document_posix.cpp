@@ -144,7 +144,9 @@ class PugiDocument final : public XmlDocument {
         // No declaration of our own, no white space: what the document object writes.
         document_.save(writer, "", pugi::format_raw | pugi::format_no_declaration,
                        pugi::encoding_utf8);
-        const bool flushed = std::fflush(file) == 0 && ::fsync(fd) == 0;
+        // No fsync, as the document object has none: the rename keeps a
+        // crashed process from leaving half a file.
+        const bool flushed = std::fflush(file) == 0;
         const int error = errno;
         std::fclose(file);
         if (!writer.ok || !flushed || ::rename(temporary.c_str(), target.c_str()) != 0) {
