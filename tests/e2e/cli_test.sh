@@ -12,21 +12,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
 
-# run ARGS...: the tool's stdout, stderr (CR removed) and exit code in out, err, rc.
-run() {
-    "${tool[@]}" "$@" >"$work/out" 2>"$work/err"
-    rc=$?
-    out=$(tr -d '\r' <"$work/out")
-    err=$(tr -d '\r' <"$work/err")
-}
-
-# check DESCRIPTION CONDITION: the condition (evaluated) must hold.
-check() {
-    eval "$2" && return
-    echo "FAIL: $1 (rc=$rc)" >&2
-    printf '  stdout: %s\n  stderr: %s\n' "$out" "$err" >&2
-    failures=$((failures + 1))
-}
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
 has() { grep -qE -- "$2" <<<"$1"; }
 
 keys="ComputerName UserName ClientSiteName DomainName DomainControllerAddress DomainControllerName ForestName PrimaryDomainController SiteName Groups IsNTPlatform IsNT4 IsX64Based IsXPOrHigher IsXPEmbedded"

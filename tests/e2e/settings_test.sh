@@ -35,18 +35,8 @@ rm -rf "$data"
 clean_older
 mkdir -p "$data"
 
-run() {
-  "${tool[@]}" "$@" >"$work/out" 2>"$work/err"
-  rc=$?
-  out=$(tr -d '\r' <"$work/out")
-  err=$(tr -d '\r' <"$work/err")
-}
-check() {
-  eval "$2" && return
-  echo "FAIL: $1 (rc=${rc:-})" >&2
-  printf '  stdout: %s\n  stderr: %s\n' "${out:-}" "${err:-}" >&2
-  failures=$((failures + 1))
-}
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
 has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
@@ -54,11 +44,18 @@ now_ms() { echo $(($(date +%s%N) / 1000000)); }
 # hold NAME MS: a process that holds the lock; returns once it has it.
 hold() {
   "${tool[@]}" mutex --hold "$2" "$1" >"$work/holder" 2>/dev/null &
-  holder=$!
+  disown  # killed on purpose below: no word from the shell about it
   for _ in $(seq 200); do
     [ -s "$work/holder" ] && break
     sleep 0.05
   done
+}
+
+# gone PATTERN: the holder killed with -9, the program itself too and not
+# only a launcher (wine's start.exe), and waited for.
+gone() {
+  pkill -9 -f "$1"
+  while pgrep -f "$1" >/dev/null; do sleep 0.05; done
 }
 
 # Reads and saves, and the file they leave.
@@ -107,8 +104,7 @@ check "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
 ( "${tool[@]}" --trace mutex --timeout 5000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
 waiter=$!
 sleep 0.5
-pkill -9 -f "mutex --hold 4000 $name" # the program itself too, not only a launcher (wine's start.exe)
-{ wait "$holder"; } 2>/dev/null
+gone "mutex --hold 4000 $name"
 wait "$waiter"
 rc=$(cat "$work/waiter.rc")
 out=$(tr -d '\r' <"$work/waiter")
@@ -121,8 +117,7 @@ check "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned'
 hold QUORL_OSTREL_SETTINGS 6000
 run --trace settings get Settings Colour --default d
 check "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "'
-pkill -f "mutex --hold 6000 QUORL_OSTREL_SETTINGS"
-wait "$holder" 2>/dev/null
+gone "mutex --hold 6000 QUORL_OSTREL_SETTINGS"
 
 # Four writers saving distinct keys at once: every save reloads under the
 # lock, so nothing is lost.
