@@ -35,7 +35,7 @@ class AutomationObject : public Core,
 
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override {
-        if (!object) return E_POINTER;
+        if (!object) return pointerMissing();
         *object = nullptr;
         if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || answers(riid)) {
             *object = static_cast<Interface*>(this);
@@ -63,12 +63,12 @@ class AutomationObject : public Core,
 
     // IDispatch
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        if (!count) return E_POINTER;
+        if (!count) return pointerMissing();
         *count = 1;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
-        if (!info) return E_POINTER;
+        if (!info) return pointerMissing();
         *info = nullptr;
         if (index != 0) return DISP_E_BADINDEX;
         return typeInfoOf(identity_.iid, info);
@@ -108,13 +108,13 @@ class AutomationObject : public Core,
     // A property read into an out-parameter, which is set even on failure.
     template <class Get>
     HRESULT getText(BSTR* value, Get&& get) noexcept {
-        if (!value) return E_POINTER;
+        if (!value) return pointerMissing();
         *value = nullptr;
         return call([&] { *value = toBstr(get()); });
     }
     template <class Out, class Get>
     HRESULT getValue(Out* value, Get&& get) noexcept {
-        if (!value) return E_POINTER;
+        if (!value) return pointerMissing();
         *value = Out{};
         return call([&] { *value = get(); });
     }

@@ -65,13 +65,18 @@ Variant fromVariant(const VARIANT& value) {
     }
     // Wider numbers (unsigned, 64-bit, currency, decimal) travel as doubles,
     // which the list rounds and range-checks like any other number.
-    ScopedVariant number;
-    if (SUCCEEDED(VariantChangeType(number.get(), const_cast<VARIANT*>(v), 0, VT_R8)) &&
-        (V_VT(v) == VT_UI4 || V_VT(v) == VT_UINT || V_VT(v) == VT_I8 || V_VT(v) == VT_UI8 ||
-         V_VT(v) == VT_CY || V_VT(v) == VT_DECIMAL)) {
-        return Variant(V_R8(number.get()));
+    // The kind is looked at first: converting an object would run its
+    // default member.
+    const VARTYPE type = V_VT(v);
+    if (type != VT_UI4 && type != VT_UINT && type != VT_I8 && type != VT_UI8 && type != VT_CY &&
+        type != VT_DECIMAL) {
+        return Variant();
     }
-    return Variant();
+    ScopedVariant number;
+    if (FAILED(VariantChangeType(number.get(), const_cast<VARIANT*>(v), 0, VT_R8))) {
+        return Variant();
+    }
+    return Variant(V_R8(number.get()));
 }
 
 }  // namespace ostrel::com

@@ -51,6 +51,12 @@ HRESULT reportError(const AutomationError& error, REFIID iid) noexcept {
     return hr;
 }
 
+HRESULT pointerMissing() noexcept {
+    SetErrorInfo(0, nullptr);
+    lastReported.reset();
+    return E_POINTER;
+}
+
 void forgetReportedError() noexcept {
     lastReported.reset();
 }

@@ -23,6 +23,10 @@ struct ReportedError {
 void forgetReportedError() noexcept;
 std::optional<ReportedError> takeReportedError() noexcept;
 
+// E_POINTER for a missing out- or in-pointer, with the thread's error
+// object cleared, so that no earlier failure seems to be this one's.
+HRESULT pointerMissing() noexcept;
+
 // Fills EXCEPINFO (strings newly allocated) from an error.
 void fillExcepInfo(EXCEPINFO& info, const ReportedError& reported) noexcept;
 

@@ -164,42 +164,56 @@ class ArgumentSet {
         for (VARIANT& temp : temps_) VariantClear(&temp);
     }
 
-    // S_FALSE: not a shape this set handles (named arguments); the host's
-    // arguments go to the type library unchanged.
+    // Every parameter of the member from the host's arguments: positional
+    // ones in order, named ones (the parameter's position as its DISPID, and
+    // DISPID_PROPERTYPUT for the value of a put) in their place. Omitted
+    // optional parameters get their zero, as the type library's Invoke does.
     HRESULT build(const MemberShape& member, WORD flags, const DISPPARAMS& in, UINT* argErr) {
         const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0 &&
                          (member.kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0;
         if (in.cArgs > 0 && !in.rgvarg) return E_INVALIDARG;
-        if (put) {
-            if (in.cNamedArgs != 1 || !in.rgdispidNamedArgs ||
-                in.rgdispidNamedArgs[0] != DISPID_PROPERTYPUT || member.params.empty()) {
-                return S_FALSE;
-            }
-        } else if (in.cNamedArgs != 0) {
-            return S_FALSE;
+        if (in.cNamedArgs > in.cArgs || (in.cNamedArgs > 0 && !in.rgdispidNamedArgs)) {
+            return E_INVALIDARG;
         }
-
         const UINT count = static_cast<UINT>(member.params.size());
+        if (put && count == 0) return DISP_E_BADPARAMCOUNT;
+
+        // Which of the host's arguments fills each parameter.
+        sources_.assign(count, kNoSource);
         const UINT positional = in.cArgs - in.cNamedArgs;
         const UINT positionalSlots = put ? count - 1 : count;
         if (positional > positionalSlots) return DISP_E_BADPARAMCOUNT;
+        for (UINT i = 0; i < positional; ++i) sources_[i] = in.cArgs - 1 - i;
+        bool putValueGiven = false;
+        for (UINT k = 0; k < in.cNamedArgs; ++k) {
+            const DISPID id = in.rgdispidNamedArgs[k];
+            UINT slot = 0;
+            if (id == DISPID_PROPERTYPUT && put) {
+                slot = count - 1;
+                putValueGiven = true;
+            } else if (id >= 0 && static_cast<UINT>(id) < positionalSlots) {
+                slot = static_cast<UINT>(id);
+            } else {
+                if (argErr) *argErr = k;
+                return DISP_E_PARAMNOTFOUND;
+            }
+            if (sources_[slot] != kNoSource) {  // named twice, or also given by position
+                if (argErr) *argErr = k;
+                return DISP_E_PARAMNOTFOUND;
+            }
+            sources_[slot] = k;
+        }
+        if (put && !putValueGiven) return DISP_E_PARAMNOTFOUND;
 
         temps_.resize(count);
         args_.resize(count);
         for (VARIANT& temp : temps_) VariantInit(&temp);
         for (UINT i = 0; i < count; ++i) {
-            VARIANT* source = nullptr;
-            UINT sourceIndex = 0;
-            if (put && i == count - 1) {
-                source = &in.rgvarg[0];
-            } else if (i < positional) {
-                sourceIndex = in.cArgs - 1 - i;
-                source = &in.rgvarg[sourceIndex];
-            }
+            VARIANT* source = sources_[i] == kNoSource ? nullptr : &in.rgvarg[sources_[i]];
             const HRESULT hr =
                 shapeArgument(member.params[i], source, temps_[i], args_[count - 1 - i]);
             if (FAILED(hr)) {
-                if (argErr) *argErr = sourceIndex;
+                if (argErr && source) *argErr = sources_[i];
                 return hr;
             }
         }
@@ -210,12 +224,23 @@ class ArgumentSet {
         return S_OK;
     }
 
+    // The host's index of an argument that the reshaped call names by its
+    // index in the full list.
+    UINT hostIndex(UINT reshapedIndex) const {
+        const size_t param = args_.size() - 1 - reshapedIndex;
+        if (reshapedIndex >= args_.size() || sources_[param] == kNoSource) return reshapedIndex;
+        return sources_[param];
+    }
+
     DISPPARAMS* params() { return &params_; }
 
   private:
     static HRESULT shapeArgument(const ParamShape& param, VARIANT* source, VARIANT& temp,
                                  VARIANT& out) {
         VariantInit(&out);
+        // Too few arguments is the run time's "wrong number of arguments";
+        // one passed as omitted where none may be is "not found".
+        if (!source && !param.optional) return DISP_E_BADPARAMCOUNT;
         if (!source || (isMissing(*source) && param.type != VT_VARIANT)) {
             if (!param.optional) return DISP_E_PARAMNOTFOUND;
             if (param.type == VT_VARIANT) {
@@ -277,6 +302,8 @@ class ArgumentSet {
         return S_OK;
     }
 
+    static constexpr UINT kNoSource = ~0u;
+    std::vector<UINT> sources_;  // per parameter, the host's argument index
     std::vector<VARIANT> temps_;
     std::vector<VARIANT> args_;
     DISPID putId_ = DISPID_PROPERTYPUT;
@@ -327,16 +354,24 @@ HRESULT dispatchInvoke(REFIID iid, void* instance, DISPID member, WORD flags, DI
     try {
         ArgumentSet arguments;
         DISPPARAMS* forwarded = params;
-        if (const MemberShape* found = shape->find(member, flags)) {
+        const MemberShape* found = shape->find(member, flags);
+        if (found) {
             hr = arguments.build(*found, flags, *params, argErr);
             if (FAILED(hr)) return hr;
-            if (hr == S_OK) forwarded = arguments.params();
+            forwarded = arguments.params();
         }
         forgetReportedError();
         hr = shape->dispatch->Invoke(instance, member, flags, forwarded, result, excepInfo, argErr);
-        if (const auto reported = takeReportedError()) {
+        // Only a failing call has an error to report: what an inner call
+        // reported and its caller handled stays behind.
+        const auto reported = takeReportedError();
+        if (FAILED(hr) && reported) {
             if (excepInfo) fillExcepInfo(*excepInfo, *reported);
             hr = DISP_E_EXCEPTION;
+        }
+        if (FAILED(hr) && found && argErr &&
+            (hr == DISP_E_TYPEMISMATCH || hr == DISP_E_PARAMNOTFOUND)) {
+            *argErr = arguments.hostIndex(*argErr);
         }
         return hr;
     } catch (...) {

@@ -40,7 +40,7 @@ HRESULT PCInfoObject::get_UserName(BSTR* value) {
 }
 
 HRESULT PCInfoObject::IsMemberOfGroup(BSTR* strGroupName, VARIANT_BOOL* result) {
-    if (!strGroupName) return E_POINTER;
+    if (!strGroupName) return pointerMissing();
     return getValue(result, [&] {
         std::string group = fromBstr(*strGroupName);
         return toVariantBool(wncPCInfo::IsMemberOfGroup(group));

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "com/automation_object.h"
+#include "com/com_error.h"
 #include "com/module.h"
 
 namespace ostrel::com {
@@ -40,15 +41,17 @@ ULONG ProductEnumerator::Release() {
 HRESULT ProductEnumerator::Next(ULONG wanted, VARIANT* items, ULONG* fetched) {
     if (fetched) *fetched = 0;
     if (wanted == 0) return S_OK;
-    if (!items) return E_POINTER;
+    if (!items) return pointerMissing();
     // Several at once need somewhere to say how many came.
     if (wanted > 1 && !fetched) return E_INVALIDARG;
     ULONG count = 0;
     try {
         while (count < wanted && position_ < records_->size()) {
+            // The pointer first: the slot names a dispatch pointer only once it holds one.
+            IDispatch* record = handOut<IDispatch>((*records_)[position_].get());
             VariantInit(&items[count]);
+            V_DISPATCH(&items[count]) = record;
             V_VT(&items[count]) = VT_DISPATCH;
-            V_DISPATCH(&items[count]) = handOut<IDispatch>((*records_)[position_].get());
             ++position_;
             ++count;
         }
@@ -76,7 +79,7 @@ HRESULT ProductEnumerator::Reset() {
 }
 
 HRESULT ProductEnumerator::Clone(IEnumVARIANT** copy) {
-    if (!copy) return E_POINTER;
+    if (!copy) return pointerMissing();
     *copy = new (std::nothrow) ProductEnumerator(records_, position_);
     return *copy ? S_OK : E_OUTOFMEMORY;
 }

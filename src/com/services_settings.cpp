@@ -27,7 +27,7 @@ HRESULT ServicesObject::GetMutex(BSTR Name, LONG TimeoutMs, LONG* result) {
 
 // The host's variable is 0 afterwards, as the routine leaves it.
 HRESULT ServicesObject::ReleaseMutexHandle(LONG* Handle, VARIANT_BOOL* result) {
-    if (!Handle) return E_POINTER;
+    if (!Handle) return pointerMissing();
     return getValue(result, [&] {
         int32_t handle = *Handle;
         const bool released = ostrel::ReleaseMutexHandle(handle);

@@ -12,7 +12,7 @@ const ClassIdentity kSoftwareProductsIdentity{
     CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, {}};
 
 HRESULT SoftwareProductsObject::get_Item(VARIANT* vntIndexKey, _wncSoftwareProduct** item) {
-    if (!vntIndexKey) return E_POINTER;
+    if (!vntIndexKey) return pointerMissing();
     return getValue(
         item, [&] { return handOut<_wncSoftwareProduct>(Item(fromVariant(*vntIndexKey)).get()); });
 }
@@ -29,7 +29,7 @@ HRESULT SoftwareProductsObject::get_NewEnum(IUnknown** enumerator) {
 }
 
 HRESULT SoftwareProductsObject::Add(BSTR* ProductName, BSTR* sKey, _wncSoftwareProduct** item) {
-    if (!ProductName) return E_POINTER;
+    if (!ProductName) return pointerMissing();
     return getValue(item, [&] {
         // A null pointer is how an early-bound host leaves the key out.
         std::optional<std::string> key;
@@ -40,7 +40,7 @@ HRESULT SoftwareProductsObject::Add(BSTR* ProductName, BSTR* sKey, _wncSoftwareP
 }
 
 HRESULT SoftwareProductsObject::Remove(VARIANT* vntIndexKey) {
-    if (!vntIndexKey) return E_POINTER;
+    if (!vntIndexKey) return pointerMissing();
     return call([&] { wncSoftwareProducts::Remove(fromVariant(*vntIndexKey)); });
 }
 

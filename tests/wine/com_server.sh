@@ -197,6 +197,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   rm -f "$data/ot.log"
   if "$(wine_of "$view")" "$bin/ostrel_com_host.exe" 'C:\ProgramData\QUORL\ot.log'; then ok "C++ host"; else fail "C++ host (see above)"; fi
   rm -f "$data/debug_ot"
+  if "$(wine_of "$view")" "$bin/ostrel_invoke_host.exe"; then ok "Invoke host"; else fail "Invoke host (see above)"; fi
 
   expect "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
   check_unregistered
