@@ -198,6 +198,8 @@ test_server() { # test_server <bin folder> <win32|win64>
   if "$(wine_of "$view")" "$bin/ostrel_com_host.exe" 'C:\ProgramData\QUORL\ot.log'; then ok "C++ host"; else fail "C++ host (see above)"; fi
   rm -f "$data/debug_ot"
   if "$(wine_of "$view")" "$bin/ostrel_invoke_host.exe"; then ok "Invoke host"; else fail "Invoke host (see above)"; fi
+  # A crash ends the host, a hang the time limit; the seed is printed for a re-run.
+  if timeout 600 "$(wine_of "$view")" "$bin/ostrel_hostile_host.exe"; then ok "hostile host"; else fail "hostile host (see above)"; fi
 
   expect "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
   check_unregistered
