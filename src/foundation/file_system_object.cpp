@@ -11,10 +11,10 @@ namespace {
 constexpr char kKeySeparator = '\\';
 constexpr std::string_view kDataFolder = "QUORL";
 
-// The folder part of a path, either separator counting (Windows takes both).
-std::string_view parentFolder(std::string_view path) {
-    const size_t cut = path.find_last_of("/\\");
-    return cut == std::string_view::npos ? std::string_view() : path.substr(0, cut);
+// Where the last folder of a path ends: with '\\' as the separator '/'
+// counts too, as Windows takes both.
+size_t lastSeparator(std::string_view path, char separator) {
+    return separator == '/' ? path.rfind('/') : path.find_last_of("/\\");
 }
 
 }  // namespace
@@ -25,6 +25,11 @@ FileSystemObject::FileSystemObject(platform::FileSystemPort* port) : port_(port)
 
 std::string FileSystemObject::BuildPath(std::string_view path, std::string_view name) const {
     return joinPath(path, name, port_->separator());
+}
+
+std::string FileSystemObject::GetFileName(std::string_view path) const {
+    const size_t cut = lastSeparator(path, port_->separator());
+    return std::string(cut == std::string_view::npos ? path : path.substr(cut + 1));
 }
 
 bool FileSystemObject::FileExists(std::string_view path) const {
@@ -49,7 +54,9 @@ void FileSystemObject::DeleteFile(std::string_view path, bool force) const {
 
 void FileSystemObject::AppendLine(std::string_view path, std::string_view text) const {
     if (!port_->appendLine(path, text)) {
-        const std::string_view folder = parentFolder(path);
+        const size_t cut = lastSeparator(path, port_->separator());
+        const std::string_view folder =
+            cut == std::string_view::npos ? std::string_view() : path.substr(0, cut);
         // A missing file is created, a missing folder never.
         raise(folder.empty() || port_->folderExists(folder) ? kErrPermissionDenied
                                                             : kErrPathNotFound);

@@ -17,6 +17,8 @@ class FileSystemObject : public Object {
     explicit FileSystemObject(platform::FileSystemPort* port);
 
     std::string BuildPath(std::string_view path, std::string_view name) const;
+    // The last part of a path, its folders dropped.
+    std::string GetFileName(std::string_view path) const;
     bool FileExists(std::string_view path) const;
     bool FolderExists(std::string_view path) const;
     // Raises 53 for a missing file.

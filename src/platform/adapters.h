@@ -17,6 +17,7 @@ LocalePort& systemLocale();
 SystemInfoPort& systemInfo();
 NamedMutexPort& systemNamedMutex();
 XmlPort& systemXml();  // Windows: the platform's XML document object; Linux: pugixml
-ProgramSettingsPort& systemProgramSettings();  // Windows: HKCU; Linux: a per-user INI file
+ProgramSettingsPort& systemProgramSettings();
+ProcessPort& systemProcesses();  // Windows: HKCU; Linux: a per-user INI file
 
 }  // namespace ostrel::platform

@@ -10,6 +10,7 @@
 #include "platform/locale_port.h"
 #include "platform/message_box_port.h"
 #include "platform/named_mutex_port.h"
+#include "platform/process_port.h"
 #include "platform/program_settings_port.h"
 #include "platform/registry_port.h"
 #include "platform/system_info_port.h"
@@ -29,6 +30,7 @@ struct Ports {
     NamedMutexPort* namedMutex = nullptr;
     XmlPort* xml = nullptr;
     ProgramSettingsPort* programSettings = nullptr;
+    ProcessPort* processes = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

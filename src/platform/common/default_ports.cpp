@@ -16,6 +16,7 @@ Ports defaultPorts() {
     ports.namedMutex = &systemNamedMutex();
     ports.xml = &systemXml();
     ports.programSettings = &systemProgramSettings();
+    ports.processes = &systemProcesses();
     return ports;
 }
 
