@@ -10,13 +10,10 @@ here="$(cd "$(dirname "$0")" && pwd)"
 root="$(cd "$here/../.." && pwd)"
 win64="${OSTREL_WIN64_BIN:-$root/build/win64/bin}"
 win32="${OSTREL_WIN32_BIN:-$root/build/win32/bin}"
+# shellcheck source=loaders.bash
+. "$here/loaders.bash"
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-if [ -z "${WINEPREFIX:-}" ]; then
-  WINEPREFIX="$(mktemp -d /tmp/ostrel-com.XXXXXX)"
-  export WINEPREFIX
-  trap 'wineserver -k >/dev/null 2>&1 || true; rm -rf "$WINEPREFIX"' EXIT
-  wineboot -i >/dev/null 2>&1 || true
-fi
+[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
 
 failures=0
 ok() { echo "ok   $*"; }
@@ -42,16 +39,12 @@ iids=('{F730CAFB-2787-4495-BB6B-48EEB37E5578}' '{5ADF2596-D03A-4EF5-9D57-8464F51
   '{1C53F141-137B-4BF3-A441-FADA9011E2B0}' '{432279C8-F5DC-4905-B45D-AEF9F635518D}'
   '{F06D94C2-D8E6-4F9B-9290-608FCE04D3B2}' '{832A1432-3B07-43E3-B024-C42389CECBD0}')
 
-# reg and regsvr32 of the bitness under test; the class keys of a 32-bit
-# server live in the 32-bit view.
+# reg, regsvr32 and cscript of the bitness under test; the class keys of a
+# 32-bit server live in the 32-bit view.
 view=64
-run_reg() { wine reg "$@" "/reg:$view"; }
-run_regsvr32() {
-  if [ "$view" = 32 ]; then wine 'C:\windows\syswow64\regsvr32.exe' "$@"; else wine regsvr32 "$@"; fi
-}
-run_cscript() {
-  if [ "$view" = 32 ]; then wine 'C:\windows\syswow64\cscript.exe' //nologo "$@"; else wine cscript //nologo "$@"; fi
-}
+run_reg() { wine_builtin "$view" reg "$@" "/reg:$view"; }
+run_regsvr32() { wine_builtin "$view" regsvr32 "$@"; }
+run_cscript() { wine_builtin "$view" cscript //nologo "$@"; }
 
 value_of() { # value_of <key> <value name or empty for the default>: prints the data
   local out
@@ -138,6 +131,11 @@ test_server() { # test_server <bin folder> <win32|win64>
   local bin="$1" platform="$2" dll before after
   dll="$(winepath -w "$bin/Ostrel.dll")"
   echo "--- $platform: $dll"
+  local arch=AMD64
+  [ "$view" = 32 ] && arch=x86
+  # Proof of what runs: a 64-bit test that quietly ran 32-bit proves nothing.
+  [ "$(builtin_arch "$view")" = "$arch" ] && ok "the $view-bit built-ins run as $arch" ||
+    fail "the $view-bit built-ins run as $(builtin_arch "$view"), not $arch"
 
   run_reg export HKCR "$(winepath -w "$WINEPREFIX/hkcr-before.reg")" /y >/dev/null 2>&1
   expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
@@ -155,7 +153,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   mkdir -p "$data"
   touch "$data/debug_ot"
   rm -f "$data/ot.log"
-  if wine "$bin/ostrel_com_host.exe" 'C:\ProgramData\QUORL\ot.log'; then ok "C++ host"; else fail "C++ host (see above)"; fi
+  if "$(wine_of "$view")" "$bin/ostrel_com_host.exe" 'C:\ProgramData\QUORL\ot.log'; then ok "C++ host"; else fail "C++ host (see above)"; fi
   rm -f "$data/debug_ot"
 
   expect "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
@@ -194,7 +192,7 @@ test_server "$win64" win64
 
 view=32
 check_shape "$win32/Ostrel.dll" pei-i386
-if wine 'C:\windows\syswow64\cmd.exe' /c exit 0 >/dev/null 2>&1 && [ -e "$win32/ostrel_com_host.exe" ]; then
+if wine32_runs && [ -e "$win32/ostrel_com_host.exe" ]; then
   test_server "$win32" win32
 else
   echo "skip 32-bit host tests: this Wine runs no 32-bit programs (install wine32:i386)"
