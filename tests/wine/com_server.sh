@@ -86,32 +86,47 @@ check_registered() { # check_registered <dll path in Windows form> <win32|win64>
     fail "older identifiers' keys"
 }
 
-check_unregistered() {
+check_unregistered() { # check_unregistered [prefix of the message]
   local key left=0
   while read -r key; do
     if run_reg query "$key" >/dev/null 2>&1; then
-      fail "left behind: $key"
+      fail "${1:-}left behind: $key"
       left=1
     fi
   done < <(owned_keys)
-  [ $left = 0 ] && ok "unregistration removed every key"
+  if [ $left = 0 ]; then ok "${1:-}unregistration removed every key"; fi
 }
 
 # The Toolbar key of the catalogue test: Alpha and Zeta share a part number
 # (Alpha comes first and wins), Omega's part number is unknown, Temp is
-# never read.
+# never read. Written into the 32-bit view only, where the family's
+# installers write: both DLLs and both builds of the tool must read it there.
 toolbar='HKLM\SOFTWARE\QUORL\Toolbar'
+reg32() { wine_builtin 64 reg "$@" /reg:32; }
 fill_toolbar() {
-  run_reg add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
-  run_reg add "$toolbar\\Zeta" /v PartNumber /d qrl-2040 /f
-  run_reg add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
-  run_reg add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
-  run_reg add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
-  run_reg add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
-  run_reg add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
-  run_reg add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
-  run_reg add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
-} >/dev/null 2>&1
+  {
+    reg32 add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
+    reg32 add "$toolbar\\Zeta" /v PartNumber /d qrl-2040 /f
+    reg32 add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
+    reg32 add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
+    reg32 add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
+    reg32 add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
+    reg32 add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
+    reg32 add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
+    reg32 add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
+  } >/dev/null 2>&1
+  wine_builtin 64 reg query 'HKLM\SOFTWARE\QUORL' /reg:64 >/dev/null 2>&1 &&
+    fail "the test keys reached the 64-bit view" || ok "the test keys are in the 32-bit view only"
+}
+
+# The tool of the build under test reads the same keys from the system's registry.
+check_tool_catalogue() { # check_tool_catalogue <bin folder>
+  local names
+  names="$("$(wine_of "$view")" "$1/ostrel.exe" catalogue --json 2>/dev/null | tr -d '\r' |
+    sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
+  [ "$names" = "Alpha Beta" ] && ok "ostrel.exe catalogue reads the 32-bit view" ||
+    fail "ostrel.exe catalogue: '$names', not 'Alpha Beta'"
+}
 
 ours() { # ours <exported .reg>: its lines that name the component or its identifiers
   local pattern="Ostrel|${libid}|$(IFS='|'; echo "${clsids[*]}|${iids[*]}")"
@@ -146,6 +161,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   run_vbscript "$here/vbs/pc_info.vbs"
   run_vbscript "$here/vbs/products.vbs" catalogue
   run_vbscript "$here/vbs/services.vbs" catalogue
+  check_tool_catalogue "$bin"
 
   # The marker switches the log on, so that each apartment's start shows.
   local data log
@@ -167,7 +183,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   else
     fail "HKEY_CLASSES_ROOT still names the component (lines above)"
   fi
-  run_reg delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
+  reg32 delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
 }
 
 check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the type library
