@@ -202,14 +202,67 @@ check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the 
     ok "version resource: OLESelfRegister, version 14.15" || fail "version resource"
 }
 
+# A registration that can't create a key fails and leaves nothing behind;
+# an unregistration that can't unregister the type library (its registered
+# file is gone) removes the rest and fails.
+test_failures() { # test_failures <bin folder> <win32|win64>
+  local bin="$1" dll older="HKCR\\Interface\\${iids[4]}"
+  dll="$(winepath -w "$bin/Ostrel.dll")"
+  "$(wine_of "$view")" "$bin/ostrel_volatile_key.exe" "${older#HKCR\\}" || fail "volatile_key"
+  run_regsvr32 /s "$dll" && fail "registration past a key it can't create reports success" ||
+    ok "registration past a key it can't create reports failure"
+  run_reg delete "$older" /f >/dev/null 2>&1 || true
+  check_unregistered "after the failed registration: "
+
+  expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
+  run_reg add "HKCR\\TypeLib\\$libid\\e.f\\409\\$2" /ve /d 'C:\no\such\Ostrel.dll' /f >/dev/null 2>&1
+  run_regsvr32 /u /s "$dll" && fail "unregistration that can't unregister the type library reports success" ||
+    ok "unregistration that can't unregister the type library reports failure"
+  check_unregistered "after the failed unregistration: "
+  expect "a second regsvr32 /u succeeds" run_regsvr32 /u /s "$dll"
+  # What the type library's registration wrote in the other view goes only
+  # with a clean unregistration.
+  expect "registered again and unregistered" eval 'run_regsvr32 /s "$dll" && run_regsvr32 /u /s "$dll"'
+}
+
+# Both builds registered side by side in one prefix: each works from the
+# cscript of its own bitness, and unregistering one (either) leaves the
+# other complete and working.
+side_by_side() {
+  local -A dll=([64]="$(winepath -w "$win64/Ostrel.dll")" [32]="$(winepath -w "$win32/Ostrel.dll")")
+  local first second
+  fill_toolbar
+  for first in 64 32; do
+    second=$((96 - first))
+    echo "--- side by side, win$first unregistered first"
+    for view in 64 32; do
+      expect "regsvr32 Ostrel.dll ($view-bit)" run_regsvr32 /s "${dll[$view]}"
+      run_vbscript "$here/vbs/products.vbs" catalogue
+    done
+    view=$first
+    expect "regsvr32 /u Ostrel.dll ($first-bit)" run_regsvr32 /u /s "${dll[$first]}"
+    run_reg query "HKCR\\CLSID\\${clsids[0]}" >/dev/null 2>&1 &&
+      fail "the $first-bit class keys are still there" || ok "the $first-bit class keys are gone"
+    view=$second
+    check_registered "${dll[$second]}" "win$second"
+    run_vbscript "$here/vbs/products.vbs" catalogue
+    expect "regsvr32 /u Ostrel.dll ($second-bit)" run_regsvr32 /u /s "${dll[$second]}"
+    for view in 64 32; do check_unregistered "$view-bit view: "; done
+  done
+  reg32 delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
+}
+
 view=64
 check_shape "$win64/Ostrel.dll" pei-x86-64
 test_server "$win64" win64
+test_failures "$win64" win64
 
 view=32
 check_shape "$win32/Ostrel.dll" pei-i386
 if wine32_runs; then
   test_server "$win32" win32
+  test_failures "$win32" win32
+  side_by_side
 else
   fail "this Wine runs no 32-bit programs: scripts/install-deps installs wine32:i386"
 fi
