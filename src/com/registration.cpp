@@ -74,11 +74,35 @@ struct OwnedKey {
     bool shared = false;
 };
 
+struct LoadedLibrary {
+    ComPtr<ITypeLib> lib;
+    TLIBATTR attr{};
+};
+
+// The Interface keys the type library's registration writes, one for each
+// automation interface it describes: removing them is ours.
+void addLibraryInterfaces(ITypeLib& lib, std::vector<OwnedKey>& keys) {
+    for (UINT index = 0, count = lib.GetTypeInfoCount(); index < count; ++index) {
+        ComPtr<ITypeInfo> info;
+        TYPEATTR* attr = nullptr;
+        if (FAILED(lib.GetTypeInfo(index, info.put())) || FAILED(info->GetTypeAttr(&attr))) {
+            continue;
+        }
+        const bool automation = attr->typekind == TKIND_DISPATCH ||
+                                (attr->typekind == TKIND_INTERFACE &&
+                                 (attr->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION)));
+        if (automation) keys.push_back({L"Interface\\" + guidText(attr->guid), {}, true});
+        info->ReleaseTypeAttr(attr);
+    }
+}
+
 // Every key registration writes besides the type library's own, parents
 // before their sub-keys.
-std::vector<OwnedKey> ownedKeys(const std::wstring& path, const TLIBATTR& attr) {
+std::vector<OwnedKey> ownedKeys(const std::wstring& path, const LoadedLibrary& loaded) {
+    const TLIBATTR& attr = loaded.attr;
     const std::wstring libId = guidText(attr.guid);
     std::vector<OwnedKey> keys;
+    addLibraryInterfaces(*loaded.lib.get(), keys);
     for (const PublicClass& publicClass : publicClasses()) {
         const std::wstring progId = kProgIdPrefix + std::wstring(publicClass.name);
         const std::wstring clsid = guidText(publicClass.clsid);
@@ -92,9 +116,6 @@ std::vector<OwnedKey> ownedKeys(const std::wstring& path, const TLIBATTR& attr) 
         keys.push_back({clsidKey + L"\\VERSION", {{nullptr, decimalVersion(attr)}}});
         keys.push_back({clsidKey + L"\\TypeLib", {{nullptr, libId}}});
         keys.push_back({clsidKey + L"\\Programmable", {}});
-        // The type library's registration writes the newest identifier's key;
-        // removing it is ours.
-        keys.push_back({L"Interface\\" + guidText(publicClass.iid), {}, true});
         for (const IID& older : publicClass.olderIids) {
             const std::wstring key = L"Interface\\" + guidText(older);
             keys.push_back({key, {{nullptr, publicClass.interfaceName}}, true});
@@ -163,11 +184,6 @@ class Outcome {
     HRESULT first_ = S_OK;
 };
 
-struct LoadedLibrary {
-    ComPtr<ITypeLib> lib;
-    TLIBATTR attr{};
-};
-
 HRESULT loadLibrary(LoadedLibrary& loaded) {
     HRESULT hr = componentTypeLib(loaded.lib.put());
     if (FAILED(hr)) return hr;
@@ -214,7 +230,7 @@ bool otherViewRegisters() {
 
 HRESULT unregister(const LoadedLibrary& loaded) {
     const TLIBATTR& attr = loaded.attr;
-    const std::vector<OwnedKey> keys = ownedKeys({}, attr);
+    const std::vector<OwnedKey> keys = ownedKeys({}, loaded);
     Outcome outcome;
     for (const OwnedKey& key : keys) {
         if (key.root && !key.shared) outcome.deleteTree(key.path);
@@ -237,7 +253,7 @@ HRESULT registerAll(const LoadedLibrary& loaded, const std::wstring& path) {
     if (FAILED(RegisterTypeLib(loaded.lib.get(), const_cast<OLECHAR*>(path.c_str()), nullptr))) {
         return SELFREG_E_TYPELIB;
     }
-    for (const OwnedKey& key : ownedKeys(path, loaded.attr)) {
+    for (const OwnedKey& key : ownedKeys(path, loaded)) {
         if (FAILED(writeKey(key))) return SELFREG_E_CLASS;
     }
     return S_OK;
