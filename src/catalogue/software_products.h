@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "runtime/keyed_list.h"
@@ -72,6 +73,23 @@ class wncSoftwareProducts : public Object {
     // demand, kept up to date on appends, dropped on any other change.
     mutable std::unordered_map<std::string, wncSoftwareProduct*> partIndex_;
     mutable bool partIndexValid_ = false;
+};
+
+// A collection held by its owner (the tool, a test): the records and their
+// collection keep each other alive, as hosts expect, so the owner empties it
+// when done with it.
+class OwnedProducts {
+  public:
+    explicit OwnedProducts(Ref<wncSoftwareProducts> products) : products_(std::move(products)) {}
+    OwnedProducts(const OwnedProducts&) = delete;
+    OwnedProducts& operator=(const OwnedProducts&) = delete;
+    ~OwnedProducts() {
+        if (products_) products_->RemoveAll();
+    }
+    wncSoftwareProducts* operator->() const { return products_.get(); }
+
+  private:
+    Ref<wncSoftwareProducts> products_;
 };
 
 }  // namespace ostrel

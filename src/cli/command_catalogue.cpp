@@ -43,7 +43,7 @@ void printTable(const std::vector<Ref<wncSoftwareProduct>>& products) {
 }
 
 int run() {
-    const Ref<wncSoftwareProducts> catalogue = newSoftwareProducts();
+    const OwnedProducts catalogue(newSoftwareProducts());
     catalogue->ReadAll();
     const std::vector<Ref<wncSoftwareProduct>> products = catalogue->items();
     if (json) {

@@ -4,6 +4,7 @@
 
 #include <cwchar>
 #include <string>
+#include <vector>
 
 #include "com/automation_types.h"
 #include "com/dispatch.h"
@@ -50,28 +51,101 @@ std::wstring decimalVersion(const TLIBATTR& attr) {
     return std::to_wstring(attr.wMajorVerNum) + L"." + std::to_wstring(attr.wMinorVerNum);
 }
 
-// Creates the key (and its parents) under HKEY_CLASSES_ROOT and sets one
-// string value; a null name is the default value.
-HRESULT setText(const std::wstring& path, const wchar_t* name, const std::wstring& value) {
-    RegKey key;
-    LSTATUS status = RegCreateKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
-                                     nullptr, key.put(), nullptr);
-    if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-    const auto bytes = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
-    status = RegSetValueExW(key.get(), name, 0, REG_SZ,
-                            reinterpret_cast<const BYTE*>(value.c_str()), bytes);
+// The view the other build of the component registers in.
+constexpr REGSAM kOtherView = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+
+HRESULT fromStatus(LSTATUS status) {
     return status == ERROR_SUCCESS ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
 
-HRESULT createKey(const std::wstring& path) {
-    RegKey key;
-    const LSTATUS status = RegCreateKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, nullptr, 0,
-                                           KEY_SET_VALUE, nullptr, key.put(), nullptr);
-    return status == ERROR_SUCCESS ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+struct Value {
+    const wchar_t* name;  // nullptr: the default value
+    std::wstring data;
+};
+
+// One key that registration writes under HKEY_CLASSES_ROOT.
+struct OwnedKey {
+    std::wstring path;
+    std::vector<Value> values;
+    // The whole tree is ours: unregistration deletes it.
+    bool root = false;
+    // In the part of the registry both views see (the ProgIDs): deleted only
+    // when no view still registers the classes.
+    bool shared = false;
+};
+
+struct LoadedLibrary {
+    ComPtr<ITypeLib> lib;
+    TLIBATTR attr{};
+};
+
+// The Interface keys the type library's registration writes, one for each
+// automation interface it describes: removing them is ours.
+void addLibraryInterfaces(ITypeLib& lib, std::vector<OwnedKey>& keys) {
+    for (UINT index = 0, count = lib.GetTypeInfoCount(); index < count; ++index) {
+        ComPtr<ITypeInfo> info;
+        TYPEATTR* attr = nullptr;
+        if (FAILED(lib.GetTypeInfo(index, info.put())) || FAILED(info->GetTypeAttr(&attr))) {
+            continue;
+        }
+        const bool automation = attr->typekind == TKIND_DISPATCH ||
+                                (attr->typekind == TKIND_INTERFACE &&
+                                 (attr->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION)));
+        if (automation) keys.push_back({L"Interface\\" + guidText(attr->guid), {}, true});
+        info->ReleaseTypeAttr(attr);
+    }
 }
 
-void deleteTree(const std::wstring& path) {
-    RegDeleteTreeW(HKEY_CLASSES_ROOT, path.c_str());
+// Every key registration writes besides the type library's own, parents
+// before their sub-keys.
+std::vector<OwnedKey> ownedKeys(const std::wstring& path, const LoadedLibrary& loaded) {
+    const TLIBATTR& attr = loaded.attr;
+    const std::wstring libId = guidText(attr.guid);
+    std::vector<OwnedKey> keys;
+    addLibraryInterfaces(*loaded.lib.get(), keys);
+    for (const PublicClass& publicClass : publicClasses()) {
+        const std::wstring progId = kProgIdPrefix + std::wstring(publicClass.name);
+        const std::wstring clsid = guidText(publicClass.clsid);
+        const std::wstring clsidKey = L"CLSID\\" + clsid;
+        keys.push_back({progId, {{nullptr, progId}}, true, true});
+        keys.push_back({progId + L"\\Clsid", {{nullptr, clsid}}, false, true});
+        keys.push_back({clsidKey, {{nullptr, progId}}, true});
+        keys.push_back(
+            {clsidKey + L"\\InprocServer32", {{nullptr, path}, {L"ThreadingModel", L"Apartment"}}});
+        keys.push_back({clsidKey + L"\\ProgID", {{nullptr, progId}}});
+        keys.push_back({clsidKey + L"\\VERSION", {{nullptr, decimalVersion(attr)}}});
+        keys.push_back({clsidKey + L"\\TypeLib", {{nullptr, libId}}});
+        keys.push_back({clsidKey + L"\\Programmable", {}});
+        for (const IID& older : publicClass.olderIids) {
+            const std::wstring key = L"Interface\\" + guidText(older);
+            keys.push_back({key, {{nullptr, publicClass.interfaceName}}, true});
+            keys.push_back({key + L"\\ProxyStubClsid", {{nullptr, kAutomationProxyStub}}});
+            keys.push_back({key + L"\\ProxyStubClsid32", {{nullptr, kAutomationProxyStub}}});
+            keys.push_back(
+                {key + L"\\TypeLib", {{nullptr, libId}, {L"Version", typeLibVersion(attr)}}});
+            keys.push_back({key + L"\\Forward", {{nullptr, guidText(publicClass.iid)}}});
+        }
+    }
+    return keys;
+}
+
+HRESULT writeKey(const OwnedKey& owned) {
+    RegKey key;
+    LSTATUS status = RegCreateKeyExW(HKEY_CLASSES_ROOT, owned.path.c_str(), 0, nullptr, 0,
+                                     KEY_SET_VALUE, nullptr, key.put(), nullptr);
+    for (const Value& value : owned.values) {
+        if (status != ERROR_SUCCESS) break;
+        const auto bytes = static_cast<DWORD>((value.data.size() + 1) * sizeof(wchar_t));
+        status = RegSetValueExW(key.get(), value.name, 0, REG_SZ,
+                                reinterpret_cast<const BYTE*>(value.data.c_str()), bytes);
+    }
+    return fromStatus(status);
+}
+
+bool keyExists(const std::wstring& path, REGSAM view = 0) {
+    RegKey key;
+    return RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ | view, key.put()) ==
+           ERROR_SUCCESS;
 }
 
 bool hasSubKeys(const std::wstring& path, std::initializer_list<const wchar_t*> ignored = {}) {
@@ -92,9 +166,22 @@ bool hasSubKeys(const std::wstring& path, std::initializer_list<const wchar_t*> 
     }
 }
 
-struct LoadedLibrary {
-    ComPtr<ITypeLib> lib;
-    TLIBATTR attr{};
+// Unregistration goes on past a failure and reports the first; a key that
+// is gone already is no failure.
+class Outcome {
+  public:
+    void note(HRESULT hr) {
+        if (SUCCEEDED(first_) && FAILED(hr) && hr != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) {
+            first_ = hr;
+        }
+    }
+    void deleteTree(const std::wstring& path) {
+        note(fromStatus(RegDeleteTreeW(HKEY_CLASSES_ROOT, path.c_str())));
+    }
+    HRESULT result() const { return first_; }
+
+  private:
+    HRESULT first_ = S_OK;
 };
 
 HRESULT loadLibrary(LoadedLibrary& loaded) {
@@ -108,68 +195,91 @@ HRESULT loadLibrary(LoadedLibrary& loaded) {
     return S_OK;
 }
 
-HRESULT registerOlderInterface(const PublicClass& publicClass, REFIID older, const TLIBATTR& attr) {
-    const std::wstring key = L"Interface\\" + guidText(older);
-    HRESULT hr = setText(key, nullptr, publicClass.interfaceName);
-    if (SUCCEEDED(hr)) hr = setText(key + L"\\ProxyStubClsid", nullptr, kAutomationProxyStub);
-    if (SUCCEEDED(hr)) hr = setText(key + L"\\ProxyStubClsid32", nullptr, kAutomationProxyStub);
-    if (SUCCEEDED(hr)) hr = setText(key + L"\\TypeLib", nullptr, guidText(attr.guid));
-    if (SUCCEEDED(hr)) hr = setText(key + L"\\TypeLib", L"Version", typeLibVersion(attr));
-    if (SUCCEEDED(hr)) hr = setText(key + L"\\Forward", nullptr, guidText(publicClass.iid));
-    return hr;
+std::wstring typeLibLocaleKey(const TLIBATTR& attr) {
+    wchar_t lcid[16] = {};
+    std::swprintf(lcid, 16, L"%lx", static_cast<unsigned long>(attr.lcid));
+    return L"TypeLib\\" + guidText(attr.guid) + L"\\" + typeLibVersion(attr) + L"\\" + lcid;
 }
 
-HRESULT registerClass(const PublicClass& publicClass, const std::wstring& path,
-                      const TLIBATTR& attr) {
-    const std::wstring progId = kProgIdPrefix + std::wstring(publicClass.name);
-    const std::wstring clsidKey = L"CLSID\\" + guidText(publicClass.clsid);
-    HRESULT hr = setText(progId, nullptr, progId);
-    if (SUCCEEDED(hr)) hr = setText(progId + L"\\Clsid", nullptr, guidText(publicClass.clsid));
-    if (SUCCEEDED(hr)) hr = setText(clsidKey, nullptr, progId);
-    if (SUCCEEDED(hr)) hr = setText(clsidKey + L"\\InprocServer32", nullptr, path);
-    if (SUCCEEDED(hr))
-        hr = setText(clsidKey + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
-    if (SUCCEEDED(hr)) hr = setText(clsidKey + L"\\ProgID", nullptr, progId);
-    if (SUCCEEDED(hr)) hr = setText(clsidKey + L"\\VERSION", nullptr, decimalVersion(attr));
-    if (SUCCEEDED(hr)) hr = setText(clsidKey + L"\\TypeLib", nullptr, guidText(attr.guid));
-    if (SUCCEEDED(hr)) hr = createKey(clsidKey + L"\\Programmable");
-    for (const IID& older : publicClass.olderIids) {
-        if (SUCCEEDED(hr)) hr = registerOlderInterface(publicClass, older, attr);
-    }
-    return hr;
+std::wstring typeLibPlatformKey(const TLIBATTR& attr) {
+    return typeLibLocaleKey(attr) + (attr.syskind == SYS_WIN64 ? L"\\win64" : L"\\win32");
 }
 
 // What the system's type library unregistration may leave: our platform's
 // entry, and the version and library keys once nothing else is under them.
-void removeTypeLibKeys(const TLIBATTR& attr) {
+void removeTypeLibKeys(const TLIBATTR& attr, Outcome& outcome) {
     const std::wstring library = L"TypeLib\\" + guidText(attr.guid);
     const std::wstring version = library + L"\\" + typeLibVersion(attr);
-    wchar_t lcid[16] = {};
-    std::swprintf(lcid, 16, L"%lx", static_cast<unsigned long>(attr.lcid));
-    const std::wstring locale = version + L"\\" + lcid;
-    deleteTree(locale + (attr.syskind == SYS_WIN64 ? L"\\win64" : L"\\win32"));
-    if (!hasSubKeys(locale)) deleteTree(locale);
-    if (!hasSubKeys(version, {L"FLAGS", L"HELPDIR"})) deleteTree(version);
-    if (!hasSubKeys(library)) deleteTree(library);
+    const std::wstring locale = typeLibLocaleKey(attr);
+    outcome.deleteTree(typeLibPlatformKey(attr));
+    if (!hasSubKeys(locale)) outcome.deleteTree(locale);
+    if (!hasSubKeys(version, {L"FLAGS", L"HELPDIR"})) outcome.deleteTree(version);
+    if (!hasSubKeys(library)) outcome.deleteTree(library);
+}
+
+// Whether the build of the other bitness is registered too (its class keys
+// lie in the other view).
+bool otherViewRegisters() {
+    for (const PublicClass& publicClass : publicClasses()) {
+        if (keyExists(L"CLSID\\" + guidText(publicClass.clsid) + L"\\InprocServer32", kOtherView)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+HRESULT unregister(const LoadedLibrary& loaded) {
+    const TLIBATTR& attr = loaded.attr;
+    const std::vector<OwnedKey> keys = ownedKeys({}, loaded);
+    Outcome outcome;
+    for (const OwnedKey& key : keys) {
+        if (key.root && !key.shared) outcome.deleteTree(key.path);
+    }
+    const bool last = !otherViewRegisters();
+    // The system's unregistration clears the Interface keys of the library in
+    // every view it wrote them to: only the last one out may call it.
+    if (last && keyExists(typeLibPlatformKey(attr))) {
+        outcome.note(UnRegisterTypeLib(attr.guid, attr.wMajorVerNum, attr.wMinorVerNum, attr.lcid,
+                                       attr.syskind));
+    }
+    removeTypeLibKeys(attr, outcome);
+    for (const OwnedKey& key : keys) {
+        if (key.root && key.shared && last) outcome.deleteTree(key.path);
+    }
+    return outcome.result();
+}
+
+HRESULT registerAll(const LoadedLibrary& loaded, const std::wstring& path) {
+    if (FAILED(RegisterTypeLib(loaded.lib.get(), const_cast<OLECHAR*>(path.c_str()), nullptr))) {
+        return SELFREG_E_TYPELIB;
+    }
+    for (const OwnedKey& key : ownedKeys(path, loaded)) {
+        if (FAILED(writeKey(key))) return SELFREG_E_CLASS;
+    }
+    return S_OK;
+}
+
+// Half a registration is worse than none.
+void rollBack(const LoadedLibrary& loaded) noexcept {
+    try {
+        unregister(loaded);
+    } catch (...) {
+    }
 }
 
 }  // namespace
 
 HRESULT registerServer() noexcept {
+    LoadedLibrary loaded;
     try {
         const std::wstring path = modulePath();
         if (path.empty()) return SELFREG_E_CLASS;
-        LoadedLibrary loaded;
-        HRESULT hr = loadLibrary(loaded);
-        if (SUCCEEDED(hr))
-            hr = RegisterTypeLib(loaded.lib.get(), const_cast<OLECHAR*>(path.c_str()), nullptr);
-        if (FAILED(hr)) return SELFREG_E_TYPELIB;
-        for (const PublicClass& publicClass : publicClasses()) {
-            hr = registerClass(publicClass, path, loaded.attr);
-            if (FAILED(hr)) return SELFREG_E_CLASS;
-        }
-        return S_OK;
+        if (FAILED(loadLibrary(loaded))) return SELFREG_E_TYPELIB;
+        const HRESULT hr = registerAll(loaded, path);
+        if (FAILED(hr)) rollBack(loaded);
+        return hr;
     } catch (...) {
+        if (loaded.lib) rollBack(loaded);
         return E_OUTOFMEMORY;
     }
 }
@@ -178,18 +288,7 @@ HRESULT unregisterServer() noexcept {
     try {
         LoadedLibrary loaded;
         if (FAILED(loadLibrary(loaded))) return SELFREG_E_TYPELIB;
-        const TLIBATTR& attr = loaded.attr;
-        UnRegisterTypeLib(attr.guid, attr.wMajorVerNum, attr.wMinorVerNum, attr.lcid, attr.syskind);
-        removeTypeLibKeys(attr);
-        for (const PublicClass& publicClass : publicClasses()) {
-            deleteTree(kProgIdPrefix + std::wstring(publicClass.name));
-            deleteTree(L"CLSID\\" + guidText(publicClass.clsid));
-            deleteTree(L"Interface\\" + guidText(publicClass.iid));
-            for (const IID& older : publicClass.olderIids) {
-                deleteTree(L"Interface\\" + guidText(older));
-            }
-        }
-        return S_OK;
+        return FAILED(unregister(loaded)) ? SELFREG_E_CLASS : S_OK;
     } catch (...) {
         return E_OUTOFMEMORY;
     }

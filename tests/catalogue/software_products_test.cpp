@@ -30,6 +30,7 @@ std::string duplicateLine(const std::string& number, const std::string& kept,
 
 class SoftwareProductsTest : public CatalogueTest {
   protected:
+    ~SoftwareProductsTest() override { products->RemoveAll(); }
     Ref<wncSoftwareProducts> products = newSoftwareProducts();
 };
 
@@ -55,7 +56,7 @@ TEST_F(SoftwareProductsTest, ReadAllKeepsTheFirstKnownNumberInCharacterCodeOrder
 
     apartment_.debugStream.texts.clear();
     apartment().gblnDebug = true;
-    newSoftwareProducts()->ReadAll();
+    OwnedProducts(newSoftwareProducts())->ReadAll();
     const std::string unknown = "[ReadAllProducts] Ignoring unknown product:";
     EXPECT_THAT(logLines(), ElementsAre(first, unknown, second, unknown + "z-9"));
 }

@@ -27,7 +27,7 @@ TEST_F(ToolbarTest, ToolbarKeyAndInstallDirReadTheValuesAsTheyStand) {
     EXPECT_EQ(ToolbarKey("tr-1"), "") << "a trimmed name opens no key";
     EXPECT_TRUE(logLines().empty());
 
-    const auto products = newSoftwareProducts();
+    const OwnedProducts products(newSoftwareProducts());
     products->Add("x", std::string("k"));
     apartment().ports.registry = nullptr;
     products->ReadAll();

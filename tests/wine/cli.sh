@@ -1,20 +1,20 @@
 #!/usr/bin/env bash
 # The tool's end-to-end tests against ostrel.exe under Wine, each build
 # through the loader of its bitness (run by scripts/test with its throwaway
-# WINEPREFIX). The win32 build runs when a 32-bit Wine is there.
+# WINEPREFIX).
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
 [ -n "${WINEPREFIX:-}" ] || new_wine_prefix
-bash "$root/tests/e2e/cli_test.sh" "$(wine_of 64)" "$root/build/win64/bin/ostrel.exe"
-# A program start costs far more under Wine: fewer saves per writer here,
-# the full count runs in-process from the script hosts (com_server.sh).
-SAVES=25 bash "$root/tests/e2e/settings_test.sh" "$(wine_of 64)" "$root/build/win64/bin/ostrel.exe"
-if wine32_runs; then
-  bash "$root/tests/e2e/cli_test.sh" "$(wine_of 32)" "$root/build/win32/bin/ostrel.exe"
-  SAVES=25 bash "$root/tests/e2e/settings_test.sh" "$(wine_of 32)" "$root/build/win32/bin/ostrel.exe"
-else
-  echo "skip win32 ostrel.exe: this Wine runs no 32-bit programs (install wine32:i386)"
-fi
+status=0
+for bits in 64 32; do
+  echo "--- win$bits"
+  tool=("$(wine_of "$bits")" "$root/build/win$bits/bin/ostrel.exe")
+  bash "$root/tests/e2e/cli_test.sh" "${tool[@]}" || status=1
+  # A program start costs far more under Wine: fewer saves per writer here,
+  # the full count runs in-process from the script hosts (com_server.sh).
+  SAVES=25 bash "$root/tests/e2e/settings_test.sh" "${tool[@]}" || status=1
+done
+exit $status

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Ostrel.dll under Wine: registration and unregistration read back from the
 # registry, the VBScript hosts through cscript, and the C++ host (two
-# apartments, identities, errors through the vtable, unloading). The 32-bit
-# DLL is checked for its shape (PE32, four exports, resources); its host tests run too when a 32-bit Wine is
-# installed. Uses $WINEPREFIX, or a throwaway prefix of its own when unset.
-# Non-zero on any failure.
+# apartments, identities, errors through the vtable, unloading), each for
+# the win64 and the win32 build with the built-ins of its own bitness, in one
+# 64-bit (WoW64) prefix. Uses $WINEPREFIX, or a throwaway prefix of its own
+# when unset. Non-zero on any failure.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 root="$(cd "$here/../.." && pwd)"
@@ -86,32 +86,47 @@ check_registered() { # check_registered <dll path in Windows form> <win32|win64>
     fail "older identifiers' keys"
 }
 
-check_unregistered() {
+check_unregistered() { # check_unregistered [prefix of the message]
   local key left=0
   while read -r key; do
     if run_reg query "$key" >/dev/null 2>&1; then
-      fail "left behind: $key"
+      fail "${1:-}left behind: $key"
       left=1
     fi
   done < <(owned_keys)
-  [ $left = 0 ] && ok "unregistration removed every key"
+  if [ $left = 0 ]; then ok "${1:-}unregistration removed every key"; fi
 }
 
 # The Toolbar key of the catalogue test: Alpha and Zeta share a part number
 # (Alpha comes first and wins), Omega's part number is unknown, Temp is
-# never read.
+# never read. Written into the 32-bit view only, where the family's
+# installers write: both DLLs and both builds of the tool must read it there.
 toolbar='HKLM\SOFTWARE\QUORL\Toolbar'
+reg32() { wine_builtin 64 reg "$@" /reg:32; }
 fill_toolbar() {
-  run_reg add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
-  run_reg add "$toolbar\\Zeta" /v PartNumber /d qrl-2040 /f
-  run_reg add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
-  run_reg add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
-  run_reg add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
-  run_reg add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
-  run_reg add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
-  run_reg add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
-  run_reg add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
-} >/dev/null 2>&1
+  {
+    reg32 add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
+    reg32 add "$toolbar\\Zeta" /v PartNumber /d qrl-2040 /f
+    reg32 add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
+    reg32 add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
+    reg32 add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
+    reg32 add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
+    reg32 add "$toolbar\\Omega" /v PartNumber /d XYZ-1 /f
+    reg32 add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
+    reg32 add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
+  } >/dev/null 2>&1
+  wine_builtin 64 reg query 'HKLM\SOFTWARE\QUORL' /reg:64 >/dev/null 2>&1 &&
+    fail "the test keys reached the 64-bit view" || ok "the test keys are in the 32-bit view only"
+}
+
+# The tool of the build under test reads the same keys from the system's registry.
+check_tool_catalogue() { # check_tool_catalogue <bin folder>
+  local names
+  names="$("$(wine_of "$view")" "$1/ostrel.exe" catalogue --json 2>/dev/null | tr -d '\r' |
+    sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
+  [ "$names" = "Alpha Beta" ] && ok "ostrel.exe catalogue reads the 32-bit view" ||
+    fail "ostrel.exe catalogue: '$names', not 'Alpha Beta'"
+}
 
 ours() { # ours <exported .reg>: its lines that name the component or its identifiers
   local pattern="Ostrel|${libid}|$(IFS='|'; echo "${clsids[*]}|${iids[*]}")"
@@ -188,6 +203,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   run_vbscript "$here/vbs/products.vbs" catalogue
   run_vbscript "$here/vbs/services.vbs" catalogue
   test_settings
+  check_tool_catalogue "$bin"
 
   # The marker switches the log on, so that each apartment's start shows.
   local data log
@@ -212,7 +228,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   else
     fail "HKEY_CLASSES_ROOT still names the component (lines above)"
   fi
-  run_reg delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
+  reg32 delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
 }
 
 check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the type library
@@ -231,16 +247,69 @@ check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the 
     ok "version resource: OLESelfRegister, version 14.15" || fail "version resource"
 }
 
+# A registration that can't create a key fails and leaves nothing behind;
+# an unregistration that can't unregister the type library (its registered
+# file is gone) removes the rest and fails.
+test_failures() { # test_failures <bin folder> <win32|win64>
+  local bin="$1" dll older="HKCR\\Interface\\${iids[4]}"
+  dll="$(winepath -w "$bin/Ostrel.dll")"
+  "$(wine_of "$view")" "$bin/ostrel_volatile_key.exe" "${older#HKCR\\}" || fail "volatile_key"
+  run_regsvr32 /s "$dll" && fail "registration past a key it can't create reports success" ||
+    ok "registration past a key it can't create reports failure"
+  run_reg delete "$older" /f >/dev/null 2>&1 || true
+  check_unregistered "after the failed registration: "
+
+  expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
+  run_reg add "HKCR\\TypeLib\\$libid\\e.f\\409\\$2" /ve /d 'C:\no\such\Ostrel.dll' /f >/dev/null 2>&1
+  run_regsvr32 /u /s "$dll" && fail "unregistration that can't unregister the type library reports success" ||
+    ok "unregistration that can't unregister the type library reports failure"
+  check_unregistered "after the failed unregistration: "
+  expect "a second regsvr32 /u succeeds" run_regsvr32 /u /s "$dll"
+  # What the type library's registration wrote in the other view goes only
+  # with a clean unregistration.
+  expect "registered again and unregistered" eval 'run_regsvr32 /s "$dll" && run_regsvr32 /u /s "$dll"'
+}
+
+# Both builds registered side by side in one prefix: each works from the
+# cscript of its own bitness, and unregistering one (either) leaves the
+# other complete and working.
+side_by_side() {
+  local -A dll=([64]="$(winepath -w "$win64/Ostrel.dll")" [32]="$(winepath -w "$win32/Ostrel.dll")")
+  local first second
+  fill_toolbar
+  for first in 64 32; do
+    second=$((96 - first))
+    echo "--- side by side, win$first unregistered first"
+    for view in 64 32; do
+      expect "regsvr32 Ostrel.dll ($view-bit)" run_regsvr32 /s "${dll[$view]}"
+      run_vbscript "$here/vbs/products.vbs" catalogue
+    done
+    view=$first
+    expect "regsvr32 /u Ostrel.dll ($first-bit)" run_regsvr32 /u /s "${dll[$first]}"
+    run_reg query "HKCR\\CLSID\\${clsids[0]}" >/dev/null 2>&1 &&
+      fail "the $first-bit class keys are still there" || ok "the $first-bit class keys are gone"
+    view=$second
+    check_registered "${dll[$second]}" "win$second"
+    run_vbscript "$here/vbs/products.vbs" catalogue
+    expect "regsvr32 /u Ostrel.dll ($second-bit)" run_regsvr32 /u /s "${dll[$second]}"
+    for view in 64 32; do check_unregistered "$view-bit view: "; done
+  done
+  reg32 delete 'HKLM\SOFTWARE\QUORL' /f >/dev/null 2>&1 || true
+}
+
 view=64
 check_shape "$win64/Ostrel.dll" pei-x86-64
 test_server "$win64" win64
+test_failures "$win64" win64
 
 view=32
 check_shape "$win32/Ostrel.dll" pei-i386
-if wine32_runs && [ -e "$win32/ostrel_com_host.exe" ]; then
+if wine32_runs; then
   test_server "$win32" win32
+  test_failures "$win32" win32
+  side_by_side
 else
-  echo "skip 32-bit host tests: this Wine runs no 32-bit programs (install wine32:i386)"
+  fail "this Wine runs no 32-bit programs: scripts/install-deps installs wine32:i386"
 fi
 
 echo "com_server: $failures failed"

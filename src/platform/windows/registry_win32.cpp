@@ -1,4 +1,5 @@
-// The Win32 registry behind the registry port.
+// The Win32 registry behind the registry port, in the 32-bit view for both
+// builds.
 #include <windows.h>
 
 #include <algorithm>
@@ -114,8 +115,10 @@ class Win32Registry final : public RegistryPort {
         }
         const std::u16string widePath = toUtf16(path);
         HKEY opened = nullptr;
-        const LONG status =
-            RegOpenKeyExW(root, wide(widePath), 0, static_cast<REGSAM>(access), &opened);
+        // The family's installers are 32-bit and write the 32-bit view: the
+        // 64-bit build reads there too (a 32-bit process is there already).
+        const REGSAM sam = static_cast<REGSAM>(access) | KEY_WOW64_32KEY;
+        const LONG status = RegOpenKeyExW(root, wide(widePath), 0, sam, &opened);
         errorCode = static_cast<int32_t>(status);
         if (status != ERROR_SUCCESS) return nullptr;
         return std::make_unique<Win32Key>(UniqueHkey(opened));
