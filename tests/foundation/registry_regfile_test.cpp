@@ -198,8 +198,26 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
         expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n") + valueLine + "\n", 3);
     }
     expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n  02,\\\n  0g\n", 5);
+    // A hex list whose last line goes on to nothing.
+    expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n\n", 3);
+    // The system's registry takes 512 levels and no more.
+    const auto levels = [](int depth) {
+        std::string path = "[HKEY_LOCAL_MACHINE";
+        for (int i = 0; i < depth; ++i) path += "\\k";
+        return "REGEDIT4\n" + path + "]\n";
+    };
+    expectRejected(levels(513), 2);
+    expectRejected(levels(200000), 2);
 
     RegFileRegistry registry;
+    registry.loadText(levels(512), "deepest.reg");
+    std::string deepest = "k";
+    for (int i = 1; i < 512; ++i) deepest += "\\k";
+    EXPECT_TRUE(openKey(registry, deepest));
+    const std::string endless = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n";
+    EXPECT_EQ(
+        errorOf([&] { registry.loadText(endless, "endless.reg"); }).rfind("endless.reg:3: ", 0),
+        0u);
     EXPECT_NE(errorOf([&] { registry.loadText("", "empty.reg"); }), "");
     EXPECT_NE(errorOf([&] { registry.loadText("\n; only a comment\n", "comment.reg"); }), "");
 
@@ -208,9 +226,68 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
                                                        "[HKEY_LOCAL_MACHINE\\Good]\r\n\r\n"
                                                        "\"W\"=dword:nothex\r\n"));
     EXPECT_EQ(errorOf([&] { registry.loadFile(bad); }).rfind(bad + ":4: ", 0), 0u);
+    const std::string odd =
+        file("odd", utf16LeWithBom("REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\Good]\r\n") + "\n");
+    EXPECT_EQ(errorOf([&] { registry.loadFile(odd); }).rfind(odd + ":3: ", 0), 0u);
     const std::string missing = fakes::utf8Of(fx.programData / "missing.reg");
     EXPECT_EQ(errorOf([&] { registry.loadFile(missing); }).rfind(missing + ": ", 0), 0u);
+    const std::string folder = fakes::utf8Of(fx.programData);
+    EXPECT_EQ(errorOf([&] { registry.loadFile(folder); }), folder + ": is a directory");
     EXPECT_FALSE(openKey(registry, "Good"));
+}
+
+TEST(RegFileRegistry, ABadFileUndoesWhatItChangedBeforeItsError) {
+    RegFileRegistry registry;
+    registry.loadText(
+        "REGEDIT4\n"
+        "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Same\"=\"s\"\n\"Changed\"=\"old\"\n\"Erased\"=dword:7\n"
+        "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Below]\n\"X\"=\"x\"\n",
+        "base");
+    auto held = openKey(registry, "Q\\Gone\\Below");
+    EXPECT_NE(errorOf([&] {
+                  registry.loadText(
+                      "REGEDIT4\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n"
+                      "\"Added\"=\"a\"\n\"changed\"=\"newer\"\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Keep\\Child]\n"
+                      "[-HKEY_LOCAL_MACHINE\\Q\\Gone]\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Other]\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\New]\n\"N\"=\"n\"\n"
+                      "[HKEY_LOCAL_MACHINE\\R]\n"
+                      "\"Broken\"=nonsense\n",
+                      "bad");
+              }),
+              "");
+    EXPECT_EQ(subKeys(*openKey(registry, "")), (std::vector<std::string>{"Q"}));
+    EXPECT_EQ(subKeys(*openKey(registry, "Q")), (std::vector<std::string>{"Gone", "Keep"}));
+    EXPECT_EQ(subKeys(*openKey(registry, "Q\\Gone")), (std::vector<std::string>{"Below"}));
+    auto keep = openKey(registry, "Q\\Keep");
+    ASSERT_TRUE(keep);
+    EXPECT_EQ(subKeys(*keep), std::vector<std::string>{});
+    EXPECT_EQ(keep->stringValue("Same"), "s");
+    EXPECT_EQ(keep->stringValue("Changed"), "old");
+    EXPECT_EQ(keep->dwordValue("Erased"), 7);
+    EXPECT_EQ(keep->stringValue("Added"), std::nullopt);
+    EXPECT_EQ(held->stringValue("X"), "x");
+    EXPECT_TRUE(openKey(registry, "Q\\Gone\\Below"));
+}
+
+TEST_F(RegFile, ReadsAFileLargerThanOneReadInPieces) {
+    // A value of characters of two UTF-16 units each, long enough to span a
+    // read; one of the two shifts splits a pair where the first read ends.
+    std::string smiles;
+    for (int i = 0; i < 20000; ++i) smiles += "\xF0\x9F\x98\x80";
+    for (const char* comment : {";\r\n", ";;\r\n"}) {
+        RegFileRegistry registry;
+        registry.loadFile(file("big", utf16LeWithBom("Windows Registry Editor Version 5.00\r\n" +
+                                                     std::string(comment) +
+                                                     "[HKEY_LOCAL_MACHINE\\Big]\r\n\"Smiles\"=\"" +
+                                                     smiles + "\"\r\n\"After\"=\"a\"\r\n")));
+        auto key = openKey(registry, "Big");
+        ASSERT_TRUE(key);
+        EXPECT_TRUE(key->stringValue("Smiles") == smiles) << comment;
+        EXPECT_EQ(key->stringValue("After"), "a");
+    }
 }
 
 }  // namespace
