@@ -48,19 +48,29 @@ char asciiUpper(char c) {
 }
 
 // How two names order as the registry compares them, by their upper-cased
-// forms: <0, 0 or >0. ASCII, the usual kind, is compared without copies.
+// forms: <0, 0 or >0. Bytes alike in both are passed over at once, and only
+// a name that differs beyond ASCII is upper-cased whole.
 int compareNames(std::string_view a, std::string_view b) {
-    const std::size_t common = std::min(a.size(), b.size());
-    for (std::size_t i = 0; i < common; ++i) {
+    const auto continuation = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    std::size_t i = 0;
+    for (;; ++i) {
+        i = static_cast<std::size_t>(
+            std::mismatch(a.begin() + static_cast<std::ptrdiff_t>(i), a.end(),
+                          b.begin() + static_cast<std::ptrdiff_t>(i), b.end())
+                .first -
+            a.begin());
+        if (i == a.size() || i == b.size()) {
+            return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
+        }
         if (static_cast<unsigned char>(a[i]) >= 0x80 || static_cast<unsigned char>(b[i]) >= 0x80) {
-            // Both agree up to here in ASCII; the rest is upper-cased whole.
+            // Alike up to here; from the start of this character on, upper-cased.
+            while (i > 0 && (continuation(a[i]) || continuation(b[i]))) --i;
             return upperCase(a.substr(i)).compare(upperCase(b.substr(i)));
         }
         const auto x = static_cast<unsigned char>(asciiUpper(a[i]));
         const auto y = static_cast<unsigned char>(asciiUpper(b[i]));
         if (x != y) return x < y ? -1 : 1;
     }
-    return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
 }
 
 // Calls step for each non-empty segment of a backslash-separated path.
@@ -171,6 +181,10 @@ std::pair<std::vector<NodeRef>::iterator, bool> childSlot(Node& node, std::strin
 }
 
 std::vector<Value>::iterator findValue(Node& node, std::string_view name) {
+    // Mostly asked for as written; no two values of a key differ only in case.
+    const auto same = std::find_if(node.values.begin(), node.values.end(),
+                                   [name](const Value& value) { return *value.name == name; });
+    if (same != node.values.end()) return same;
     return std::find_if(node.values.begin(), node.values.end(), [name](const Value& value) {
         return compareNames(*value.name, name) == 0;
     });
@@ -453,6 +467,11 @@ bool asciiEqualsIgnoreCase(std::string_view a, std::string_view b) {
 
 // ---- the tree ------------------------------------------------------------
 
+namespace {
+// Tells every state of every tree apart, for the cache of the last opened key.
+std::atomic<uint64_t> treeStates{0};
+}  // namespace
+
 struct RegFileTree {
     RegFileTree() {
         for (auto& root : roots) root = makeNode("", 0);
@@ -472,6 +491,7 @@ struct RegFileTree {
     std::array<NodeRef, kHiveCount> roots;
     std::unordered_set<std::string> valueNames;  // as first written; never shrinks
     uint32_t loads = 0;                          // the generation of the latest load
+    uint64_t state = ++treeStates;               // new with every load
 };
 
 namespace {
@@ -483,7 +503,9 @@ namespace {
 // its parent's children are put back.
 class Load {
   public:
-    explicit Load(RegFileTree& tree) : tree_(tree), generation_(++tree.loads) {}
+    explicit Load(RegFileTree& tree) : tree_(tree), generation_(++tree.loads) {
+        tree.state = ++treeStates;
+    }
     ~Load() {
         if (!committed_) undo();
     }
@@ -900,13 +922,27 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
         errorCode = kErrorInvalidHandle;
         return nullptr;
     }
-    Node* node = tree_->find(hive, path);
-    if (node == nullptr) {
-        errorCode = kErrorFileNotFound;
-        return nullptr;
+    // The catalogue opens each product's key twice in a row: once to look at
+    // it, once to load the record. The last key this thread opened is kept.
+    thread_local struct {
+        uint64_t state = 0;
+        int32_t hive = -1;
+        std::string path;
+        NodeRef node;
+    } last;
+    if (last.state != tree_->state || last.hive != hive || last.path != path) {
+        Node* node = tree_->find(hive, path);
+        if (node == nullptr) {
+            errorCode = kErrorFileNotFound;
+            return nullptr;
+        }
+        last.node = NodeRef(node);
+        last.state = tree_->state;
+        last.hive = hive;
+        last.path = path;
     }
     errorCode = 0;
-    return std::make_unique<RegFileKey>(NodeRef(node));
+    return std::make_unique<RegFileKey>(last.node);
 }
 
 }  // namespace ostrel::platform
