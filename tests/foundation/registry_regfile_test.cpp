@@ -25,6 +25,17 @@ std::vector<std::string> subKeys(const RegistryKey& key) {
     return names;
 }
 
+// The message of the RegFileError that `load` throws, or "" when it throws none.
+template <class Load>
+std::string errorOf(Load load) {
+    try {
+        load();
+    } catch (const RegFileError& error) {
+        return error.what();
+    }
+    return "";
+}
+
 // .reg files on disk, in the test's temporary folder.
 class RegFile : public ::testing::Test {
   protected:
@@ -142,6 +153,36 @@ TEST(RegFileRegistry, LayersTextsAndDeletes) {
     EXPECT_EQ(heldTwo->dwordValue("x"), 1);
 }
 
+// Keys in any order: found again while the file is read, in order afterwards.
+TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
+    RegFileRegistry registry;
+    registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\m]\n", "base");
+    registry.loadText(
+        "REGEDIT4\n"
+        "[HKEY_LOCAL_MACHINE\\K\\z]\n[HKEY_LOCAL_MACHINE\\K\\c\\Deep]\n\"V\"=\"1\"\n"
+        "[HKEY_LOCAL_MACHINE\\K\\a]\n[HKEY_LOCAL_MACHINE\\K\\B]\n"
+        "[HKEY_LOCAL_MACHINE\\k\\C\\deep]\n\"W\"=\"2\"\n"
+        "[-HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b2]\n",
+        "unordered");
+    EXPECT_EQ(subKeys(*openKey(registry, "K")),
+              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+    auto deep = openKey(registry, "K\\C\\DEEP");
+    ASSERT_TRUE(deep);
+    EXPECT_EQ(deep->stringValue("V"), "1");
+    EXPECT_EQ(deep->stringValue("W"), "2");
+
+    // A bad file in any order leaves nothing behind either.
+    EXPECT_NE(errorOf([&] {
+                  registry.loadText(
+                      "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
+                      "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
+                      "bad");
+              }),
+              "");
+    EXPECT_EQ(subKeys(*openKey(registry, "K")),
+              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+}
+
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     RegFileRegistry registry;
     registry.loadText(
@@ -162,17 +203,6 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     int32_t code = 0;
     EXPECT_FALSE(registry.open(4, "", 1, code));  // no such hive
     EXPECT_NE(code, 0);
-}
-
-// The message of the RegFileError that `load` throws, or "" when it throws none.
-template <class Load>
-std::string errorOf(Load load) {
-    try {
-        load();
-    } catch (const RegFileError& error) {
-        return error.what();
-    }
-    return "";
 }
 
 TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {

@@ -11,10 +11,12 @@
 #include <filesystem>
 #include <fstream>
 #include <istream>
+#include <map>
 #include <memory>
 #include <new>
 #include <streambuf>
 #include <system_error>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -512,7 +514,25 @@ class Load {
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    void commit() { committed_ = true; }
+    // Puts the children that came out of order in their places.
+    void commit() {
+        for (auto& [parent, waiting] : late_) {
+            std::vector<NodeRef> merged;
+            merged.reserve(parent->children.size() + waiting.size());
+            auto next = waiting.begin();
+            for (NodeRef& present : parent->children) {
+                for (; next != waiting.end() && compareNames(next->second->name, present->name) < 0;
+                     ++next) {
+                    merged.push_back(std::move(next->second));
+                }
+                merged.push_back(std::move(present));
+            }
+            for (; next != waiting.end(); ++next) merged.push_back(std::move(next->second));
+            parent->children = std::move(merged);
+        }
+        late_.clear();
+        committed_ = true;
+    }
 
     // [hive\path] makes the key and takes the values that follow; [-hive\path]
     // deletes it.
@@ -552,16 +572,32 @@ class Load {
         node.generation = generation_;
     }
 
+    // The child of this name, in its parent's list or waiting; null when there is none.
+    Node* child(Node& parent, std::string_view name) {
+        const auto [slot, found] = childSlot(parent, name);
+        if (found) return slot->get();
+        const auto waiting = late_.find(&parent);
+        if (waiting == late_.end()) return nullptr;
+        const auto entry = waiting->second.find(upperCase(name));
+        return entry == waiting->second.end() ? nullptr : entry->second.get();
+    }
+
     Node* makeKey(int32_t hive, std::string_view path) {
         Node* node = tree_.roots[static_cast<std::size_t>(hive)].get();
         forEachSegment(path, [&](std::string_view segment) {
-            auto [slot, found] = childSlot(*node, segment);
-            if (!found) {
-                NodeRef child = makeNode(segment, generation_);
+            Node* next = child(*node, segment);
+            if (next == nullptr) {
+                NodeRef made = makeNode(segment, generation_);
+                next = made.get();
                 keepBefore(*node);
-                slot = node->children.insert(slot, std::move(child));
+                std::vector<NodeRef>& children = node->children;
+                if (children.empty() || compareNames(children.back()->name, segment) < 0) {
+                    children.push_back(std::move(made));
+                } else {
+                    late_[node].emplace(upperCase(segment), std::move(made));
+                }
             }
-            node = slot->get();
+            node = next;
             return true;
         });
         return node;
@@ -572,15 +608,23 @@ class Load {
         if (cut == std::string_view::npos) return;
         path = path.substr(0, cut + 1);
         const std::size_t slash = path.rfind('\\');
-        Node* parent = tree_.find(
-            hive, slash == std::string_view::npos ? std::string_view() : path.substr(0, slash));
+        Node* parent = tree_.roots[static_cast<std::size_t>(hive)].get();
+        if (slash != std::string_view::npos) {
+            forEachSegment(path.substr(0, slash), [&](std::string_view segment) {
+                parent = child(*parent, segment);
+                return parent != nullptr;
+            });
+        }
         if (parent == nullptr) return;
         const std::string_view leaf =
             slash == std::string_view::npos ? path : path.substr(slash + 1);
         const auto [slot, found] = childSlot(*parent, leaf);
-        if (!found) return;
-        keepBefore(*parent);
-        parent->children.erase(slot);
+        if (found) {
+            keepBefore(*parent);
+            parent->children.erase(slot);
+        } else if (const auto waiting = late_.find(parent); waiting != late_.end()) {
+            waiting->second.erase(upperCase(leaf));
+        }
     }
 
     // Moves only: nothing here can fail.
@@ -598,6 +642,10 @@ class Load {
     bool committed_ = false;
     Node* current_ = nullptr;  // the key that values go to; null under [-key]
     std::vector<Before> before_;
+    // Children that came out of order, by upper-cased name, for each parent:
+    // they join the parent's ordered list when the whole file has been read,
+    // so a file in any order loads without moving a long list for every key.
+    std::unordered_map<Node*, std::map<std::string, NodeRef>> late_;
 };
 
 class Parser {
@@ -907,12 +955,12 @@ void RegFileRegistry::load(std::istream& in, const std::string& name) {
     LineReader lines(in);
     try {
         Parser(lines, changes).parse();
+        changes.commit();
     } catch (const ParseFailure& failure) {
         throw RegFileError(name, failure.line, failure.message);
     } catch (const std::bad_alloc&) {
         throw RegFileError(name, lines.number(), "not enough memory to hold the file's keys");
     }
-    changes.commit();
 }
 
 std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_view path,
