@@ -514,8 +514,13 @@ class Load {
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    // Puts the children that came out of order in their places.
+    // Takes the deleted children out and puts those that came out of order in
+    // their places.
     void commit() {
+        for (Node* parent : swept_) {
+            std::erase_if(parent->children,
+                          [this](const NodeRef& child) { return gone_.contains(child.get()); });
+        }
         for (auto& [parent, waiting] : late_) {
             std::vector<NodeRef> merged;
             merged.reserve(parent->children.size() + waiting.size());
@@ -531,6 +536,8 @@ class Load {
             parent->children = std::move(merged);
         }
         late_.clear();
+        gone_.clear();
+        swept_.clear();
         committed_ = true;
     }
 
@@ -575,7 +582,7 @@ class Load {
     // The child of this name, in its parent's list or waiting; null when there is none.
     Node* child(Node& parent, std::string_view name) {
         const auto [slot, found] = childSlot(parent, name);
-        if (found) return slot->get();
+        if (found && !gone_.contains(slot->get())) return slot->get();
         const auto waiting = late_.find(&parent);
         if (waiting == late_.end()) return nullptr;
         const auto entry = waiting->second.find(upperCase(name));
@@ -619,9 +626,10 @@ class Load {
         const std::string_view leaf =
             slash == std::string_view::npos ? path : path.substr(slash + 1);
         const auto [slot, found] = childSlot(*parent, leaf);
-        if (found) {
+        if (found && !gone_.contains(slot->get())) {
             keepBefore(*parent);
-            parent->children.erase(slot);
+            gone_.insert(slot->get());
+            swept_.insert(parent);
         } else if (const auto waiting = late_.find(parent); waiting != late_.end()) {
             waiting->second.erase(upperCase(leaf));
         }
@@ -646,6 +654,10 @@ class Load {
     // they join the parent's ordered list when the whole file has been read,
     // so a file in any order loads without moving a long list for every key.
     std::unordered_map<Node*, std::map<std::string, NodeRef>> late_;
+    // Children deleted from their parents' lists, taken out at the end too:
+    // deleting from a long list one by one would move it for every key.
+    std::unordered_set<const Node*> gone_;
+    std::unordered_set<Node*> swept_;
 };
 
 class Parser {
