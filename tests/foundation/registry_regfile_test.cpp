@@ -183,6 +183,24 @@ TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
               (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
 }
 
+// Hundreds of values in one key: written over in any case, deleted, written again.
+TEST(RegFileRegistry, AKeyOfManyValuesKeepsEachByName) {
+    std::string text = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\Many]\n";
+    for (int i = 0; i < 300; ++i) text += "\"V" + std::to_string(i) + "\"=dword:1\n";
+    for (int i = 0; i < 300; i += 3) text += "\"v" + std::to_string(i) + "\"=dword:2\n";
+    for (int i = 1; i < 300; i += 3) text += "\"V" + std::to_string(i) + "\"=-\n";
+    text += "\"V1\"=dword:3\n";
+    RegFileRegistry registry;
+    registry.loadText(text, "many");
+    auto key = openKey(registry, "Many");
+    ASSERT_TRUE(key);
+    for (int i = 0; i < 300; ++i) {
+        const std::optional<int32_t> expected =
+            i == 1 ? 3 : (i % 3 == 0 ? 2 : (i % 3 == 1 ? std::optional<int32_t>() : 1));
+        EXPECT_EQ(key->dwordValue("v" + std::to_string(i)), expected) << i;
+    }
+}
+
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     RegFileRegistry registry;
     registry.loadText(

@@ -42,6 +42,8 @@ constexpr std::size_t kHiveCount = 6;
 // The system's registry takes no deeper key.
 constexpr int kMaxKeyDepth = 512;
 constexpr std::size_t kReadChunk = 64 * 1024;
+// A key with this many values is looked up through an index while a file loads.
+constexpr std::size_t kIndexedValues = 64;
 
 // ---- names ---------------------------------------------------------------
 
@@ -538,6 +540,7 @@ class Load {
         late_.clear();
         gone_.clear();
         swept_.clear();
+        valueIndexes_.clear();
         committed_ = true;
     }
 
@@ -553,15 +556,19 @@ class Load {
         if (current_ == nullptr) return;
         Node& node = *current_;
         keepBefore(node);
-        const auto found = findValue(node, staged.name);
+        std::vector<Value>& values = node.values;
+        const std::size_t at = valueAt(node, staged.name);
         if (staged.erase) {
-            if (found != node.values.end()) node.values.erase(found);
-        } else if (found != node.values.end()) {
-            found->type = staged.type;
-            found->data = std::move(staged.data);
+            if (at < values.size()) eraseValue(node, at);
+        } else if (at < values.size()) {
+            values[at].type = staged.type;
+            values[at].data = std::move(staged.data);
         } else {
             const std::string* name = &*tree_.valueNames.insert(std::move(staged.name)).first;
-            node.values.push_back(Value{name, std::move(staged.data), staged.type});
+            const auto index = valueIndexes_.find(&node);
+            if (index != valueIndexes_.end())
+                index->second.emplace(upperCase(*name), values.size());
+            values.push_back(Value{name, std::move(staged.data), staged.type});
         }
     }
 
@@ -577,6 +584,38 @@ class Load {
         if (node.generation == generation_) return;
         before_.push_back({NodeRef(&node), node.generation, node.children, node.values});
         node.generation = generation_;
+    }
+
+    // Where the value of this name is; the number of values when there is none.
+    // A key of many values is looked up through an index, kept for the file.
+    std::size_t valueAt(Node& node, std::string_view name) {
+        if (node.values.size() < kIndexedValues) {
+            return static_cast<std::size_t>(findValue(node, name) - node.values.begin());
+        }
+        auto& index = valueIndexes_[&node];
+        if (index.empty()) {
+            for (std::size_t at = 0; at < node.values.size(); ++at) {
+                index.emplace(upperCase(*node.values[at].name), at);
+            }
+        }
+        const auto found = index.find(upperCase(name));
+        return found == index.end() ? node.values.size() : found->second;
+    }
+
+    // Values have no order anyone sees: with an index the last one fills the gap.
+    void eraseValue(Node& node, std::size_t at) {
+        std::vector<Value>& values = node.values;
+        const auto index = valueIndexes_.find(&node);
+        if (index == valueIndexes_.end()) {
+            values.erase(values.begin() + static_cast<std::ptrdiff_t>(at));
+            return;
+        }
+        index->second.erase(upperCase(*values[at].name));
+        if (at + 1 != values.size()) {
+            values[at] = std::move(values.back());
+            index->second[upperCase(*values[at].name)] = at;
+        }
+        values.pop_back();
     }
 
     // The child of this name, in its parent's list or waiting; null when there is none.
@@ -658,6 +697,8 @@ class Load {
     // deleting from a long list one by one would move it for every key.
     std::unordered_set<const Node*> gone_;
     std::unordered_set<Node*> swept_;
+    // Positions of the values of keys that have many, by upper-cased name.
+    std::unordered_map<const Node*, std::unordered_map<std::string, std::size_t>> valueIndexes_;
 };
 
 class Parser {
