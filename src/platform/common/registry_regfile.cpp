@@ -346,7 +346,7 @@ class LineReader {
 
     void take(std::string& line, std::size_t end, std::size_t next) {
         line.assign(pending_, start_, end - start_);
-        if (encoding_ == Encoding::Utf8) line = decodeAnsi(line);
+        if (encoding_ == Encoding::Utf8 && !isValidUtf8(line)) line = decodeAnsi(line);
         start_ = scanned_ = next;
         ++number_;
     }
