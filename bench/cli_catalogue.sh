@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The tool end to end over 10,000 products: `ostrel catalogue --json` beside
-# a run that only loads the same .reg file (toolbar-key, which reads no
-# product), best of N runs each, and the peak resident size of each.
+# a run that only loads the same .reg file (install-dir, which reads one
+# value), best of N runs each, and the peak resident size of each.
 # Target: the catalogue within twice the load-only run, peak under 50 MB.
 # Usage: bench/cli_catalogue.sh PATH_TO_OSTREL [runs]
 set -euo pipefail
@@ -55,8 +55,8 @@ peak() {
     fi
 }
 
-load=$(best toolbar-key none)
+load=$(best install-dir)
 catalogue=$(best catalogue --json)
-printf 'load only          %6d us  peak %s kB\n' "$load" "$(peak toolbar-key none)"
+printf 'load only          %6d us  peak %s kB\n' "$load" "$(peak install-dir)"
 printf 'catalogue --json   %6d us  peak %s kB\n' "$catalogue" "$(peak catalogue --json)"
 awk -v c="$catalogue" -v l="$load" 'BEGIN { printf "ratio              %6.2f (target 2)\n", c / l }'

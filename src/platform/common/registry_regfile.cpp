@@ -481,11 +481,15 @@ struct RegFileTree {
         for (auto& root : roots) root = makeNode("", 0);
     }
 
-    // The node at hive\path; null when it is missing.
-    Node* find(int32_t hive, std::string_view path) const {
+    // The node at hive\path; null when it is missing. Also tells the node's
+    // parent and its place among the parent's children, where asked.
+    Node* find(int32_t hive, std::string_view path, Node** parent = nullptr,
+               std::size_t* place = nullptr) const {
         Node* node = roots[static_cast<std::size_t>(hive)].get();
         forEachSegment(path, [&](std::string_view segment) {
             const auto [slot, found] = childSlot(*node, segment);
+            if (parent != nullptr) *parent = node;
+            if (place != nullptr) *place = static_cast<std::size_t>(slot - node->children.begin());
             node = found ? slot->get() : nullptr;
             return found;
         });
@@ -1023,21 +1027,41 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
         errorCode = kErrorInvalidHandle;
         return nullptr;
     }
-    // The catalogue opens each product's key twice in a row: once to look at
-    // it, once to load the record. The last key this thread opened is kept.
+    // The catalogue walks the sub-keys of one key in turn and opens each twice
+    // in a row: once to look at it, once to load the record. So the last key
+    // this thread opened is kept, and the next sibling is tried first.
     thread_local struct {
         uint64_t state = 0;
         int32_t hive = -1;
         std::string path;
         NodeRef node;
+        NodeRef parent;  // null for a hive's root
+        std::size_t place = 0;
     } last;
-    if (last.state != tree_->state || last.hive != hive || last.path != path) {
-        Node* node = tree_->find(hive, path);
+    const bool sameTree = last.state == tree_->state && last.hive == hive;
+    if (!sameTree || last.path != path) {
+        Node* parent = nullptr;
+        std::size_t place = 0;
+        Node* node = nullptr;
+        const std::size_t cut = path.rfind('\\');
+        if (sameTree && last.parent.get() != nullptr && cut != std::string_view::npos &&
+            std::string_view(last.path).substr(0, last.path.rfind('\\')) == path.substr(0, cut)) {
+            const std::vector<NodeRef>& siblings = last.parent->children;
+            if (last.place + 1 < siblings.size() &&
+                compareNames(siblings[last.place + 1]->name, path.substr(cut + 1)) == 0) {
+                parent = last.parent.get();
+                place = last.place + 1;
+                node = siblings[place].get();
+            }
+        }
+        if (node == nullptr) node = tree_->find(hive, path, &parent, &place);
         if (node == nullptr) {
             errorCode = kErrorFileNotFound;
             return nullptr;
         }
         last.node = NodeRef(node);
+        last.parent = NodeRef(parent);
+        last.place = place;
         last.state = tree_->state;
         last.hive = hive;
         last.path = path;
