@@ -214,6 +214,27 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     EXPECT_EQ(subKeys(*openKey(registry, "k")),
               (std::vector<std::string>{"10", "A", "a1", "b", "Zed", "_under", "\xC3\xA4rger"}));
     EXPECT_TRUE(openKey(registry, "K\\\xC3\x84RGER"));
+    // Walked forwards, backwards and across keys, every open finds its own key.
+    registry.loadText(
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\A]\n\"N\"=\"A\"\n[HKEY_LOCAL_MACHINE\\K\\b]\n"
+        "\"N\"=\"b\"\n[HKEY_LOCAL_MACHINE\\L\\Zed]\n\"N\"=\"L\"\n"
+        "[HKEY_LOCAL_MACHINE\\K\\Zed]\n\"N\"=\"Zed\"\n",
+        "named");
+    for (const char* path : {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed",
+                             "K\\Zed", "K\\missing", "K\\Zed"}) {
+        auto key = openKey(registry, path);
+        if (std::string_view(path) == "K\\missing") {
+            EXPECT_FALSE(key);
+            continue;
+        }
+        ASSERT_TRUE(key) << path;
+        const std::string leaf = std::string(path).substr(2);
+        const auto expected = std::string(path).front() == 'L' ? std::optional<std::string>("L")
+                              : leaf == "a1"
+                                  ? std::nullopt
+                                  : std::optional<std::string>(leaf == "zed" ? "Zed" : leaf);
+        EXPECT_EQ(key->stringValue("N"), expected) << path;
+    }
     EXPECT_EQ(openKey(registry, "")->stringValue("Root"), "r");
     EXPECT_TRUE(openKey(registry, "k\\zed\\"));
     EXPECT_FALSE(openKey(registry, "K\\Missing"));
