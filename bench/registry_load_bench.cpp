@@ -1,9 +1,12 @@
 // Loading a large .reg export: 10,000 product-like keys of 10 values each,
-// as a version 5 file in UTF-16LE and as a REGEDIT4 file in UTF-8.
+// as a version 5 file in UTF-16LE and as a REGEDIT4 file in UTF-8; and the
+// peak memory of loading a 200 MB file (OSTREL_BENCH_LARGE_MIB sets another
+// size), generated here: of about 1.8 million keys, and of one key rewritten.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -110,5 +113,63 @@ void loadExport(benchmark::State& state) {
     std::filesystem::remove(path);
 }
 BENCHMARK(loadExport)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+// A REGEDIT4 file of about `mebibytes`, written a piece at a time: many
+// product keys of two values each (about 114 bytes a key), or one key whose
+// values are written again and again.
+std::string writeLargeExport(bool oneKey, double mebibytes) {
+    const auto path = std::filesystem::temp_directory_path() /
+                      (oneKey ? "ostrel_bench_one_key.reg" : "ostrel_bench_many_keys.reg");
+    std::ofstream out(path, std::ios::binary);
+    const auto target = static_cast<std::uintmax_t>(mebibytes * 1024 * 1024);
+    std::string piece = "REGEDIT4\r\n\r\n";
+    if (oneKey) piece += "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Product]\r\n";
+    char line[256];
+    std::uintmax_t written = 0;
+    for (int i = 0; written < target; ++i) {
+        if (oneKey) {
+            std::snprintf(line, sizeof line,
+                          "\"PartNumber\"=\"QRL-%07d\"\r\n\"Label\"=\"Product %d\"\r\n", i % 100,
+                          i);
+        } else {
+            std::snprintf(line, sizeof line,
+                          "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Product %07d]\r\n"
+                          "\"PartNumber\"=\"QRL-%07d\"\r\n\"Label\"=\"Product %d\"\r\n\r\n",
+                          i, i, i);
+        }
+        piece += line;
+        if (piece.size() > 1 << 20) {
+            out << piece;
+            written += piece.size();
+            piece.clear();
+        }
+    }
+    out << piece;
+    return path.string();
+}
+
+void loadLargeFile(benchmark::State& state) {
+    const bool oneKey = state.range(0) != 0;
+    const char* size = std::getenv("OSTREL_BENCH_LARGE_MIB");
+    const std::string path = writeLargeExport(oneKey, size ? std::atof(size) : 200.0);
+    state.SetLabel(oneKey ? "one key rewritten" : "many keys");
+    const double fileMiB =
+        static_cast<double>(std::filesystem::file_size(path)) / (1024.0 * 1024.0);
+    malloc_trim(0);  // what an earlier run freed is no part of this one
+    const double baseMiB = statusKb("VmRSS") / 1024;
+    { std::ofstream("/proc/self/clear_refs") << "5"; }
+    for (auto _ : state) {
+        ostrel::platform::RegFileRegistry registry;
+        registry.loadFile(path);
+        benchmark::DoNotOptimize(registry);
+    }
+    const double peakMiB = statusKb("VmHWM") / 1024;
+    state.counters["file_MiB"] = fileMiB;
+    state.counters["peak_rss_MiB"] = peakMiB;
+    // The target: the load's own peak within twice the file's size.
+    state.counters["peak_over_file"] = (peakMiB - baseMiB) / fileMiB;
+    std::filesystem::remove(path);
+}
+BENCHMARK(loadLargeFile)->Arg(0)->Arg(1)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -30,6 +30,14 @@ TEST_F(SoftwareProductTest, LoadsItsKeyWithTheDefaultsOfMissingValues) {
     EXPECT_EQ(bare->BuildID(), "0000000");
     EXPECT_EQ(bare->Label() + bare->IconFile() + bare->Revision() + bare->ToolTip(), "0000");
 
+    // Writing a version number leaves BuildID until the next load, which restores both.
+    full->VersionMajor(5);
+    EXPECT_EQ(full->VersionMajor(), 5);
+    EXPECT_EQ(full->BuildID(), "9300003");
+    full->Load();
+    EXPECT_EQ(full->VersionMajor(), 9);
+    EXPECT_EQ(full->BuildID(), "9300003");
+
     // A key that isn't there blanks the record, but not its part number.
     full->ProductName("Absent");
     EXPECT_EQ(full->PartNumber(), "PN-1");
@@ -66,6 +74,20 @@ TEST_F(SoftwareProductTest, VersionNumbersMakeTheBuildIdOrStopTheLoad) {
     EXPECT_EQ(named("Late")->VersionMinor(), 2);
     EXPECT_THAT(logLines(),
                 ElementsAre("[LoadEx] Error: 6, Overflow", "[LoadEx] Error: 6, Overflow"));
+}
+
+// The load's trap: without a registry wrapper the record stays blank, and says why.
+TEST_F(SoftwareProductTest, ALoadWithoutARegistryWrapperLogsAndLeavesTheRecordBlank) {
+    loadRegistry(toolbarKey("Full", partNumber("PN-1") + value("Label", "L")));
+    const auto product = named("Full");
+    product->VersionMajor(3);
+    apartment().ports.registry = nullptr;
+    product->Load();
+    EXPECT_EQ(product->PartNumber(), "PN-1") << "the blanking leaves it";
+    EXPECT_EQ(product->VersionMajor(), 0);
+    EXPECT_EQ(product->DisplayName() + product->BuildID() + product->Label(), "");
+    EXPECT_THAT(logLines(),
+                ElementsAre("[LoadEx] Error: 429, ActiveX component can't create object"));
 }
 
 TEST_F(SoftwareProductTest, APartNumberWriteThatOnlyChangesTheCaseIsDropped) {

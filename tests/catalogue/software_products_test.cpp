@@ -5,7 +5,9 @@
 #include "catalogue/software_product.h"
 #include "catalogue_fixture.h"
 #include "fakes/error_number.h"
+#include "foundation/object_factory.h"
 #include "machine/pc_info.h"
+#include "runtime/automation_error.h"
 
 namespace ostrel::testing {
 namespace {
@@ -59,6 +61,42 @@ TEST_F(SoftwareProductsTest, ReadAllKeepsTheFirstKnownNumberInCharacterCodeOrder
     OwnedProducts(newSoftwareProducts())->ReadAll();
     const std::string unknown = "[ReadAllProducts] Ignoring unknown product:";
     EXPECT_THAT(logLines(), ElementsAre(first, unknown, second, unknown + "z-9"));
+}
+
+// The filter holds normalised part numbers and compares them as they are.
+TEST_F(SoftwareProductsTest, TheWalksFilterKeepsOnlyItsPartNumbers) {
+    loadRegistry(toolbarKey("One", partNumber("B-2")) + toolbarKey("Two", partNumber("a-1")) +
+                 toolbarKey("Three", partNumber("b-10")));
+    const wncSoftwareProducts::PartNumberFilter filter{"b-2", "b-10", "pn-9"};
+    products->ReadAllProducts(&filter);
+    EXPECT_THAT(namesOf(*products), ElementsAre("Three", "One"));
+    const wncSoftwareProducts::PartNumberFilter notNormalised{"B-2", " a-1"};
+    const auto other = newSoftwareProducts();
+    other->ReadAllProducts(&notNormalised);
+    EXPECT_EQ(other->Count(), 0);
+    EXPECT_THAT(logLines(), IsEmpty());
+}
+
+// A record that can't be made is passed over without a trace; the others stay.
+TEST_F(SoftwareProductsTest, ReadAllSkipsARecordThatCantBeMadeSilently) {
+    struct FailingSecondRecord : ObjectFactory {
+        int made = 0;
+        Ref<wncPCInfo> newPCInfo() override { return makeRef<wncPCInfo>(); }
+        Ref<wncSoftwareProduct> newSoftwareProduct() override {
+            if (++made == 2) raise(kErrCantCreate);
+            return makeRef<wncSoftwareProduct>();
+        }
+        Ref<wncSoftwareProducts> newSoftwareProducts() override {
+            return makeRef<wncSoftwareProducts>();
+        }
+    } factory;
+    loadRegistry(toolbarKey("One", partNumber("b-2")) + toolbarKey("Two", partNumber("a-1")) +
+                 toolbarKey("Three", partNumber("b-10")));
+    apartment().factory = &factory;
+    products->ReadAll();
+    apartment().factory = nullptr;
+    EXPECT_THAT(namesOf(*products), ElementsAre("Two", "One")) << "Three came second";
+    EXPECT_THAT(logLines(), IsEmpty());
 }
 
 TEST_F(SoftwareProductsTest, ASecondReadAllReportsEverySubKeyAsItsOwnDuplicate) {

@@ -30,6 +30,7 @@ std::optional<std::string> FakeEnvironment::variable(std::string_view name) {
 }
 
 bool FakeSystemInfo::getVersionEx(platform::OsVersionRecord& record) {
+    versionAskedWith = record;
     if (!versionSucceeds) return false;
     record = version;
     return true;

@@ -66,6 +66,7 @@ class FakeSystemInfo : public platform::SystemInfoPort {
   public:
     platform::OsVersionRecord version;
     bool versionSucceeds = true;
+    std::optional<platform::OsVersionRecord> versionAskedWith;  // the record as the call got it
     platform::SystemRecord system;
     platform::SystemRecord nativeSystem;
     std::map<int32_t, std::string> computerNames;  // by name format

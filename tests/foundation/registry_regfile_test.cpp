@@ -25,6 +25,17 @@ std::vector<std::string> subKeys(const RegistryKey& key) {
     return names;
 }
 
+// The message of the RegFileError that `load` throws, or "" when it throws none.
+template <class Load>
+std::string errorOf(Load load) {
+    try {
+        load();
+    } catch (const RegFileError& error) {
+        return error.what();
+    }
+    return "";
+}
+
 // .reg files on disk, in the test's temporary folder.
 class RegFile : public ::testing::Test {
   protected:
@@ -142,6 +153,54 @@ TEST(RegFileRegistry, LayersTextsAndDeletes) {
     EXPECT_EQ(heldTwo->dwordValue("x"), 1);
 }
 
+// Keys in any order: found again while the file is read, in order afterwards.
+TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
+    RegFileRegistry registry;
+    registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\m]\n", "base");
+    registry.loadText(
+        "REGEDIT4\n"
+        "[HKEY_LOCAL_MACHINE\\K\\z]\n[HKEY_LOCAL_MACHINE\\K\\c\\Deep]\n\"V\"=\"1\"\n"
+        "[HKEY_LOCAL_MACHINE\\K\\a]\n[HKEY_LOCAL_MACHINE\\K\\B]\n"
+        "[HKEY_LOCAL_MACHINE\\k\\C\\deep]\n\"W\"=\"2\"\n"
+        "[-HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b2]\n",
+        "unordered");
+    EXPECT_EQ(subKeys(*openKey(registry, "K")),
+              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+    auto deep = openKey(registry, "K\\C\\DEEP");
+    ASSERT_TRUE(deep);
+    EXPECT_EQ(deep->stringValue("V"), "1");
+    EXPECT_EQ(deep->stringValue("W"), "2");
+
+    // A bad file in any order leaves nothing behind either.
+    EXPECT_NE(errorOf([&] {
+                  registry.loadText(
+                      "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
+                      "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
+                      "bad");
+              }),
+              "");
+    EXPECT_EQ(subKeys(*openKey(registry, "K")),
+              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+}
+
+// Hundreds of values in one key: written over in any case, deleted, written again.
+TEST(RegFileRegistry, AKeyOfManyValuesKeepsEachByName) {
+    std::string text = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\Many]\n";
+    for (int i = 0; i < 300; ++i) text += "\"V" + std::to_string(i) + "\"=dword:1\n";
+    for (int i = 0; i < 300; i += 3) text += "\"v" + std::to_string(i) + "\"=dword:2\n";
+    for (int i = 1; i < 300; i += 3) text += "\"V" + std::to_string(i) + "\"=-\n";
+    text += "\"V1\"=dword:3\n";
+    RegFileRegistry registry;
+    registry.loadText(text, "many");
+    auto key = openKey(registry, "Many");
+    ASSERT_TRUE(key);
+    for (int i = 0; i < 300; ++i) {
+        const std::optional<int32_t> expected =
+            i == 1 ? 3 : (i % 3 == 0 ? 2 : (i % 3 == 1 ? std::optional<int32_t>() : 1));
+        EXPECT_EQ(key->dwordValue("v" + std::to_string(i)), expected) << i;
+    }
+}
+
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     RegFileRegistry registry;
     registry.loadText(
@@ -155,6 +214,27 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     EXPECT_EQ(subKeys(*openKey(registry, "k")),
               (std::vector<std::string>{"10", "A", "a1", "b", "Zed", "_under", "\xC3\xA4rger"}));
     EXPECT_TRUE(openKey(registry, "K\\\xC3\x84RGER"));
+    // Walked forwards, backwards and across keys, every open finds its own key.
+    registry.loadText(
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\A]\n\"N\"=\"A\"\n[HKEY_LOCAL_MACHINE\\K\\b]\n"
+        "\"N\"=\"b\"\n[HKEY_LOCAL_MACHINE\\L\\Zed]\n\"N\"=\"L\"\n"
+        "[HKEY_LOCAL_MACHINE\\K\\Zed]\n\"N\"=\"Zed\"\n",
+        "named");
+    for (const char* path : {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed",
+                             "K\\Zed", "K\\missing", "K\\Zed"}) {
+        auto key = openKey(registry, path);
+        if (std::string_view(path) == "K\\missing") {
+            EXPECT_FALSE(key);
+            continue;
+        }
+        ASSERT_TRUE(key) << path;
+        const std::string leaf = std::string(path).substr(2);
+        const auto expected = std::string(path).front() == 'L' ? std::optional<std::string>("L")
+                              : leaf == "a1"
+                                  ? std::nullopt
+                                  : std::optional<std::string>(leaf == "zed" ? "Zed" : leaf);
+        EXPECT_EQ(key->stringValue("N"), expected) << path;
+    }
     EXPECT_EQ(openKey(registry, "")->stringValue("Root"), "r");
     EXPECT_TRUE(openKey(registry, "k\\zed\\"));
     EXPECT_FALSE(openKey(registry, "K\\Missing"));
@@ -162,17 +242,6 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     int32_t code = 0;
     EXPECT_FALSE(registry.open(4, "", 1, code));  // no such hive
     EXPECT_NE(code, 0);
-}
-
-// The message of the RegFileError that `load` throws, or "" when it throws none.
-template <class Load>
-std::string errorOf(Load load) {
-    try {
-        load();
-    } catch (const RegFileError& error) {
-        return error.what();
-    }
-    return "";
 }
 
 TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
@@ -198,8 +267,26 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
         expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n") + valueLine + "\n", 3);
     }
     expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n  02,\\\n  0g\n", 5);
+    // A hex list whose last line goes on to nothing.
+    expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n\n", 3);
+    // The system's registry takes 512 levels and no more.
+    const auto levels = [](int depth) {
+        std::string path = "[HKEY_LOCAL_MACHINE";
+        for (int i = 0; i < depth; ++i) path += "\\k";
+        return "REGEDIT4\n" + path + "]\n";
+    };
+    expectRejected(levels(513), 2);
+    expectRejected(levels(200000), 2);
 
     RegFileRegistry registry;
+    registry.loadText(levels(512), "deepest.reg");
+    std::string deepest = "k";
+    for (int i = 1; i < 512; ++i) deepest += "\\k";
+    EXPECT_TRUE(openKey(registry, deepest));
+    const std::string endless = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n";
+    EXPECT_EQ(
+        errorOf([&] { registry.loadText(endless, "endless.reg"); }).rfind("endless.reg:3: ", 0),
+        0u);
     EXPECT_NE(errorOf([&] { registry.loadText("", "empty.reg"); }), "");
     EXPECT_NE(errorOf([&] { registry.loadText("\n; only a comment\n", "comment.reg"); }), "");
 
@@ -208,9 +295,68 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
                                                        "[HKEY_LOCAL_MACHINE\\Good]\r\n\r\n"
                                                        "\"W\"=dword:nothex\r\n"));
     EXPECT_EQ(errorOf([&] { registry.loadFile(bad); }).rfind(bad + ":4: ", 0), 0u);
+    const std::string odd =
+        file("odd", utf16LeWithBom("REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\Good]\r\n") + "\n");
+    EXPECT_EQ(errorOf([&] { registry.loadFile(odd); }).rfind(odd + ":3: ", 0), 0u);
     const std::string missing = fakes::utf8Of(fx.programData / "missing.reg");
     EXPECT_EQ(errorOf([&] { registry.loadFile(missing); }).rfind(missing + ": ", 0), 0u);
+    const std::string folder = fakes::utf8Of(fx.programData);
+    EXPECT_EQ(errorOf([&] { registry.loadFile(folder); }), folder + ": is a directory");
     EXPECT_FALSE(openKey(registry, "Good"));
+}
+
+TEST(RegFileRegistry, ABadFileUndoesWhatItChangedBeforeItsError) {
+    RegFileRegistry registry;
+    registry.loadText(
+        "REGEDIT4\n"
+        "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Same\"=\"s\"\n\"Changed\"=\"old\"\n\"Erased\"=dword:7\n"
+        "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Below]\n\"X\"=\"x\"\n",
+        "base");
+    auto held = openKey(registry, "Q\\Gone\\Below");
+    EXPECT_NE(errorOf([&] {
+                  registry.loadText(
+                      "REGEDIT4\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n"
+                      "\"Added\"=\"a\"\n\"changed\"=\"newer\"\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Keep\\Child]\n"
+                      "[-HKEY_LOCAL_MACHINE\\Q\\Gone]\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Other]\n"
+                      "[HKEY_LOCAL_MACHINE\\Q\\New]\n\"N\"=\"n\"\n"
+                      "[HKEY_LOCAL_MACHINE\\R]\n"
+                      "\"Broken\"=nonsense\n",
+                      "bad");
+              }),
+              "");
+    EXPECT_EQ(subKeys(*openKey(registry, "")), (std::vector<std::string>{"Q"}));
+    EXPECT_EQ(subKeys(*openKey(registry, "Q")), (std::vector<std::string>{"Gone", "Keep"}));
+    EXPECT_EQ(subKeys(*openKey(registry, "Q\\Gone")), (std::vector<std::string>{"Below"}));
+    auto keep = openKey(registry, "Q\\Keep");
+    ASSERT_TRUE(keep);
+    EXPECT_EQ(subKeys(*keep), std::vector<std::string>{});
+    EXPECT_EQ(keep->stringValue("Same"), "s");
+    EXPECT_EQ(keep->stringValue("Changed"), "old");
+    EXPECT_EQ(keep->dwordValue("Erased"), 7);
+    EXPECT_EQ(keep->stringValue("Added"), std::nullopt);
+    EXPECT_EQ(held->stringValue("X"), "x");
+    EXPECT_TRUE(openKey(registry, "Q\\Gone\\Below"));
+}
+
+TEST_F(RegFile, ReadsAFileLargerThanOneReadInPieces) {
+    // A value of characters of two UTF-16 units each, long enough to span a
+    // read; one of the two shifts splits a pair where the first read ends.
+    std::string smiles;
+    for (int i = 0; i < 20000; ++i) smiles += "\xF0\x9F\x98\x80";
+    for (const char* comment : {";\r\n", ";;\r\n"}) {
+        RegFileRegistry registry;
+        registry.loadFile(file("big", utf16LeWithBom("Windows Registry Editor Version 5.00\r\n" +
+                                                     std::string(comment) +
+                                                     "[HKEY_LOCAL_MACHINE\\Big]\r\n\"Smiles\"=\"" +
+                                                     smiles + "\"\r\n\"After\"=\"a\"\r\n")));
+        auto key = openKey(registry, "Big");
+        ASSERT_TRUE(key);
+        EXPECT_TRUE(key->stringValue("Smiles") == smiles) << comment;
+        EXPECT_EQ(key->stringValue("After"), "a");
+    }
 }
 
 }  // namespace

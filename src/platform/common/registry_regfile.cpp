@@ -1,12 +1,23 @@
-// A registry read from .reg export files. A file is parsed whole into a list
-// of staged sections first and merged only when all of it parsed, so a bad
-// file leaves nothing behind.
+// A registry read from .reg export files. A file is read as a stream, a
+// piece at a time, and applied to the tree as it goes; what it changed is
+// recorded so that a bad file is undone and leaves nothing behind. Only what
+// existed before the file is recorded, so a file's memory is about its tree.
 #include "platform/common/registry_regfile.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <istream>
+#include <map>
+#include <memory>
+#include <new>
+#include <streambuf>
+#include <system_error>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -28,66 +39,42 @@ constexpr int32_t kErrorFileNotFound = 2;
 constexpr int32_t kErrorInvalidHandle = 6;
 
 constexpr std::size_t kHiveCount = 6;
+// The system's registry takes no deeper key.
+constexpr int kMaxKeyDepth = 512;
+constexpr std::size_t kReadChunk = 64 * 1024;
+// A key with this many values is looked up through an index while a file loads.
+constexpr std::size_t kIndexedValues = 64;
 
-struct Value {
-    std::string name;
-    std::string folded;  // the name upper-cased, kept so that look-ups compare bytes
-    uint32_t type = kRegSz;
-    // Types 1, 2 and 7 hold UTF-8 text; every other type its raw bytes.
-    std::string data;
-};
-
-struct Node {
-    std::string name;
-    std::string folded;  // the name upper-cased, kept so that look-ups compare bytes
-    std::vector<std::shared_ptr<Node>> children;  // ordered by upper-cased name
-    std::vector<Value> values;
-};
-
-bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
+// ---- names ---------------------------------------------------------------
 
 char asciiUpper(char c) {
     return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-// The name as the registry compares it: upper-cased.
-std::string fold(std::string_view name) {
-    std::string out(name.size(), '\0');
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        if (static_cast<unsigned char>(name[i]) >= 0x80) return upperCase(name);
-        out[i] = asciiUpper(name[i]);
-    }
-    return out;
-}
-
-// The position where a child of this folded name is or would go.
-std::vector<std::shared_ptr<Node>>::iterator childSlot(Node& node, std::string_view folded) {
-    return std::lower_bound(node.children.begin(), node.children.end(), folded,
-                            [](const std::shared_ptr<Node>& child, std::string_view key) {
-                                return child->folded < key;
-                            });
-}
-
-const Value* findValue(const Node& node, std::string_view name) {
-    if (!isAscii(name)) {
-        const std::string folded = fold(name);
-        for (const Value& value : node.values) {
-            if (value.folded == folded) return &value;
+// How two names order as the registry compares them, by their upper-cased
+// forms: <0, 0 or >0. Bytes alike in both are passed over at once, and only
+// a name that differs beyond ASCII is upper-cased whole.
+int compareNames(std::string_view a, std::string_view b) {
+    const auto continuation = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    std::size_t i = 0;
+    for (;; ++i) {
+        i = static_cast<std::size_t>(
+            std::mismatch(a.begin() + static_cast<std::ptrdiff_t>(i), a.end(),
+                          b.begin() + static_cast<std::ptrdiff_t>(i), b.end())
+                .first -
+            a.begin());
+        if (i == a.size() || i == b.size()) {
+            return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
         }
-        return nullptr;
+        if (static_cast<unsigned char>(a[i]) >= 0x80 || static_cast<unsigned char>(b[i]) >= 0x80) {
+            // Alike up to here; from the start of this character on, upper-cased.
+            while (i > 0 && (continuation(a[i]) || continuation(b[i]))) --i;
+            return upperCase(a.substr(i)).compare(upperCase(b.substr(i)));
+        }
+        const auto x = static_cast<unsigned char>(asciiUpper(a[i]));
+        const auto y = static_cast<unsigned char>(asciiUpper(b[i]));
+        if (x != y) return x < y ? -1 : 1;
     }
-    // An ASCII name, the usual kind, is compared without a folded copy.
-    const auto sameAsFolded = [name](std::string_view folded) {
-        return std::equal(name.begin(), name.end(), folded.begin(), folded.end(),
-                          [](char a, char b) { return asciiUpper(a) == b; });
-    };
-    for (const Value& value : node.values) {
-        if (sameAsFolded(value.folded)) return &value;
-    }
-    return nullptr;
 }
 
 // Calls step for each non-empty segment of a backslash-separated path.
@@ -101,6 +88,110 @@ bool forEachSegment(std::string_view path, Step&& step) {
         path.remove_prefix(cut + 1);
     }
     return true;
+}
+
+// ---- the tree's nodes ----------------------------------------------------
+
+struct Value {
+    const std::string* name;  // in the tree's table: a few names recur in every key
+    // Types 1, 2 and 7 hold UTF-8 text; every other type its raw bytes.
+    std::string data;
+    uint32_t type = kRegSz;
+};
+
+struct Node;
+void release(Node* node) noexcept;
+
+// A counted reference to a node. A key handed out holds one, so it stays
+// readable after a later file deletes it; the count lives in the node, which
+// keeps a large tree small.
+class NodeRef {
+  public:
+    NodeRef() = default;
+    explicit NodeRef(Node* node) noexcept;
+    NodeRef(const NodeRef& other) noexcept : NodeRef(other.node_) {}
+    NodeRef(NodeRef&& other) noexcept : node_(std::exchange(other.node_, nullptr)) {}
+    NodeRef& operator=(NodeRef other) noexcept {
+        std::swap(node_, other.node_);
+        return *this;
+    }
+    ~NodeRef() {
+        if (node_ != nullptr) release(node_);
+    }
+
+    Node* get() const noexcept { return node_; }
+    Node* operator->() const noexcept { return node_; }
+    // Hands the reference over to the caller without dropping it.
+    Node* detach() noexcept { return std::exchange(node_, nullptr); }
+
+  private:
+    Node* node_ = nullptr;
+};
+
+struct Node {
+    std::atomic<uint32_t> references{0};
+    uint32_t generation = 0;  // the load that last changed it; 0: none has
+    std::string name;
+    std::vector<NodeRef> children;  // ordered by upper-cased name
+    std::vector<Value> values;
+};
+
+NodeRef::NodeRef(Node* node) noexcept : node_(node) {
+    if (node_ != nullptr) node_->references.fetch_add(1, std::memory_order_relaxed);
+}
+
+NodeRef makeNode(std::string_view name, uint32_t generation) {
+    auto node = std::make_unique<Node>();
+    node->name = std::string(name);
+    node->generation = generation;
+    return NodeRef(node.release());
+}
+
+// Drops a reference. A node that goes takes its sub-tree with it, level by
+// level from a list rather than by recursion, so no depth of the input can
+// exhaust the stack.
+void release(Node* node) noexcept {
+    if (node->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    std::vector<std::vector<NodeRef>> levels;  // as deep as the tree at most
+    levels.push_back(std::move(node->children));
+    delete node;  // the last reference: counted references are the one owner here
+    while (!levels.empty()) {
+        std::vector<NodeRef>& level = levels.back();
+        if (level.empty()) {
+            levels.pop_back();
+            continue;
+        }
+        Node* child = level.back().detach();
+        level.pop_back();
+        if (child->references.fetch_sub(1, std::memory_order_acq_rel) != 1) continue;
+        std::vector<NodeRef> grandchildren = std::move(child->children);
+        delete child;
+        if (!grandchildren.empty()) levels.push_back(std::move(grandchildren));
+    }
+}
+
+// Where a child of this name is or would go, and whether it is there.
+std::pair<std::vector<NodeRef>::iterator, bool> childSlot(Node& node, std::string_view name) {
+    auto& children = node.children;
+    // Exports list keys in order: a new last child needs no search.
+    if (children.empty() || compareNames(children.back()->name, name) < 0) {
+        return {children.end(), false};
+    }
+    const auto slot = std::lower_bound(children.begin(), children.end(), name,
+                                       [](const NodeRef& child, std::string_view key) {
+                                           return compareNames(child->name, key) < 0;
+                                       });
+    return {slot, slot != children.end() && compareNames((*slot)->name, name) == 0};
+}
+
+std::vector<Value>::iterator findValue(Node& node, std::string_view name) {
+    // Mostly asked for as written; no two values of a key differ only in case.
+    const auto same = std::find_if(node.values.begin(), node.values.end(),
+                                   [name](const Value& value) { return *value.name == name; });
+    if (same != node.values.end()) return same;
+    return std::find_if(node.values.begin(), node.values.end(), [name](const Value& value) {
+        return compareNames(*value.name, name) == 0;
+    });
 }
 
 // ---- text decoding -------------------------------------------------------
@@ -212,6 +303,121 @@ std::string cutAtNul(std::string text) {
     return text;
 }
 
+struct ParseFailure {
+    int line;
+    std::string message;
+};
+
+// ": " and the reason of the last failed system call, where the library tells it.
+std::string systemReason(int error) {
+    return error != 0 ? ": " + std::generic_category().message(error) : std::string();
+}
+
+// The lines of a file, decoded to UTF-8 as they are read: the file is never
+// held whole, and anything that reads as a stream (a pipe, a /proc file, a
+// terminal) reads the same as a file on disk. A UTF-16LE file starts with its
+// byte order mark; anything else is UTF-8, and a line that isn't valid UTF-8
+// is Windows-1252.
+class LineReader {
+  public:
+    explicit LineReader(std::istream& in) : in_(in) {}
+
+    // The next line, without its '\n'; false after the last.
+    bool next(std::string& line) {
+        for (;;) {
+            const std::size_t end = pending_.find('\n', scanned_);
+            if (end != std::string::npos) {
+                take(line, end, end + 1);
+                return true;
+            }
+            scanned_ = pending_.size();
+            if (!fill()) break;
+        }
+        if (start_ == pending_.size()) return false;
+        take(line, pending_.size(), pending_.size());
+        return true;
+    }
+
+    // The number of the line last handed out.
+    int number() const { return number_; }
+
+  private:
+    enum class Encoding { Unknown, Utf8, Utf16Le };
+
+    void take(std::string& line, std::size_t end, std::size_t next) {
+        line.assign(pending_, start_, end - start_);
+        if (encoding_ == Encoding::Utf8 && !isValidUtf8(line)) line = decodeAnsi(line);
+        start_ = scanned_ = next;
+        ++number_;
+    }
+
+    // Reads until some text is decoded; false at the end of the file.
+    bool fill() {
+        pending_.erase(0, start_);
+        scanned_ -= start_;
+        start_ = 0;
+        const std::size_t before = pending_.size();
+        while (!ended_ && pending_.size() == before) {
+            in_.read(chunk_.data(), static_cast<std::streamsize>(chunk_.size()));
+            if (in_.bad())
+                throw ParseFailure{number_ + 1, "can't read the file" + systemReason(errno)};
+            raw_.append(chunk_.data(), static_cast<std::size_t>(in_.gcount()));
+            ended_ = in_.eof();
+            decode();
+        }
+        return pending_.size() > before;
+    }
+
+    // Moves what can be decoded of raw_ to pending_.
+    void decode() {
+        const std::string_view raw(raw_);
+        if (encoding_ == Encoding::Unknown) {
+            if (raw.size() < 3 && !ended_) return;  // a byte order mark may still come
+            if (raw.starts_with("\xFE\xFF")) {
+                throw ParseFailure{1, "UTF-16 big-endian files are not supported"};
+            }
+            std::size_t mark = 0;
+            if (raw.starts_with("\xFF\xFE")) {
+                encoding_ = Encoding::Utf16Le;
+                mark = 2;
+            } else {
+                encoding_ = Encoding::Utf8;
+                if (raw.starts_with("\xEF\xBB\xBF")) mark = 3;
+            }
+            raw_.erase(0, mark);
+        }
+        if (encoding_ == Encoding::Utf8) {
+            pending_ += raw_;
+            raw_.clear();
+            return;
+        }
+        // Whole units only; a high surrogate waits for its partner.
+        std::size_t usable = raw_.size() & ~std::size_t{1};
+        if (!ended_ && usable >= 2 &&
+            (static_cast<unsigned char>(raw_[usable - 1]) & 0xFC) == 0xD8) {
+            usable -= 2;
+        }
+        pending_ += decodeUtf16Le(std::string_view(raw_).substr(0, usable));
+        raw_.erase(0, usable);
+        if (ended_ && !raw_.empty()) {
+            const auto lines = std::count(pending_.begin() + static_cast<std::ptrdiff_t>(start_),
+                                          pending_.end(), '\n');
+            throw ParseFailure{number_ + 1 + static_cast<int>(lines),
+                               "the file ends in half a UTF-16 character (an odd number of bytes)"};
+        }
+    }
+
+    std::istream& in_;
+    std::array<char, kReadChunk> chunk_{};
+    std::string raw_;      // bytes read and not yet decoded
+    std::string pending_;  // decoded text from start_ on not yet handed out
+    std::size_t start_ = 0;
+    std::size_t scanned_ = 0;  // pending_ holds no '\n' from start_ to here
+    Encoding encoding_ = Encoding::Unknown;
+    bool ended_ = false;
+    int number_ = 0;
+};
+
 // ---- parsing -------------------------------------------------------------
 
 struct StagedValue {
@@ -219,18 +425,6 @@ struct StagedValue {
     bool erase = false;
     uint32_t type = kRegSz;
     std::string data;
-};
-
-struct StagedSection {
-    int32_t hive = 0;
-    std::string path;  // below the hive, as written
-    bool erase = false;
-    std::vector<StagedValue> values;
-};
-
-struct ParseFailure {
-    int line;
-    std::string message;
 };
 
 bool isBlank(char c) {
@@ -273,11 +467,249 @@ bool asciiEqualsIgnoreCase(std::string_view a, std::string_view b) {
            });
 }
 
+}  // namespace
+
+// ---- the tree ------------------------------------------------------------
+
+namespace {
+// Tells every state of every tree apart, for the cache of the last opened key.
+std::atomic<uint64_t> treeStates{0};
+}  // namespace
+
+struct RegFileTree {
+    RegFileTree() {
+        for (auto& root : roots) root = makeNode("", 0);
+    }
+
+    // The node at hive\path; null when it is missing. Also tells the node's
+    // parent and its place among the parent's children, where asked.
+    Node* find(int32_t hive, std::string_view path, Node** parent = nullptr,
+               std::size_t* place = nullptr) const {
+        Node* node = roots[static_cast<std::size_t>(hive)].get();
+        forEachSegment(path, [&](std::string_view segment) {
+            const auto [slot, found] = childSlot(*node, segment);
+            if (parent != nullptr) *parent = node;
+            if (place != nullptr) *place = static_cast<std::size_t>(slot - node->children.begin());
+            node = found ? slot->get() : nullptr;
+            return found;
+        });
+        return node;
+    }
+
+    std::array<NodeRef, kHiveCount> roots;
+    std::unordered_set<std::string> valueNames;  // as first written; never shrinks
+    uint32_t loads = 0;                          // the generation of the latest load
+    uint64_t state = ++treeStates;               // new with every load
+};
+
+namespace {
+
+// One file's changes, made to the tree as they are read and undone unless
+// the file is committed. A node that was there before the file keeps a copy
+// of its children and values as they were, taken at the file's first change
+// to it; a node the file made carries the file's generation and goes when
+// its parent's children are put back.
+class Load {
+  public:
+    explicit Load(RegFileTree& tree) : tree_(tree), generation_(++tree.loads) {
+        tree.state = ++treeStates;
+    }
+    ~Load() {
+        if (!committed_) undo();
+    }
+    Load(const Load&) = delete;
+    Load& operator=(const Load&) = delete;
+
+    // Takes the deleted children out and puts those that came out of order in
+    // their places.
+    void commit() {
+        for (Node* parent : swept_) {
+            std::erase_if(parent->children,
+                          [this](const NodeRef& child) { return gone_.contains(child.get()); });
+        }
+        for (auto& [parent, waiting] : late_) {
+            std::vector<NodeRef> merged;
+            merged.reserve(parent->children.size() + waiting.size());
+            auto next = waiting.begin();
+            for (NodeRef& present : parent->children) {
+                for (; next != waiting.end() && compareNames(next->second->name, present->name) < 0;
+                     ++next) {
+                    merged.push_back(std::move(next->second));
+                }
+                merged.push_back(std::move(present));
+            }
+            for (; next != waiting.end(); ++next) merged.push_back(std::move(next->second));
+            parent->children = std::move(merged);
+        }
+        late_.clear();
+        gone_.clear();
+        swept_.clear();
+        valueIndexes_.clear();
+        committed_ = true;
+    }
+
+    // [hive\path] makes the key and takes the values that follow; [-hive\path]
+    // deletes it.
+    void section(int32_t hive, std::string_view path, bool erase) {
+        current_ = erase ? nullptr : makeKey(hive, path);
+        if (erase) eraseKey(hive, path);
+    }
+
+    void value(StagedValue&& staged) {
+        // kept: values listed under a deleted key are skipped, as the importer does
+        if (current_ == nullptr) return;
+        Node& node = *current_;
+        keepBefore(node);
+        std::vector<Value>& values = node.values;
+        const std::size_t at = valueAt(node, staged.name);
+        if (staged.erase) {
+            if (at < values.size()) eraseValue(node, at);
+        } else if (at < values.size()) {
+            values[at].type = staged.type;
+            values[at].data = std::move(staged.data);
+        } else {
+            const std::string* name = &*tree_.valueNames.insert(std::move(staged.name)).first;
+            const auto index = valueIndexes_.find(&node);
+            if (index != valueIndexes_.end())
+                index->second.emplace(upperCase(*name), values.size());
+            values.push_back(Value{name, std::move(staged.data), staged.type});
+        }
+    }
+
+  private:
+    struct Before {
+        NodeRef node;
+        uint32_t generation;
+        std::vector<NodeRef> children;
+        std::vector<Value> values;
+    };
+
+    void keepBefore(Node& node) {
+        if (node.generation == generation_) return;
+        before_.push_back({NodeRef(&node), node.generation, node.children, node.values});
+        node.generation = generation_;
+    }
+
+    // Where the value of this name is; the number of values when there is none.
+    // A key of many values is looked up through an index, kept for the file.
+    std::size_t valueAt(Node& node, std::string_view name) {
+        if (node.values.size() < kIndexedValues) {
+            return static_cast<std::size_t>(findValue(node, name) - node.values.begin());
+        }
+        auto& index = valueIndexes_[&node];
+        if (index.empty()) {
+            for (std::size_t at = 0; at < node.values.size(); ++at) {
+                index.emplace(upperCase(*node.values[at].name), at);
+            }
+        }
+        const auto found = index.find(upperCase(name));
+        return found == index.end() ? node.values.size() : found->second;
+    }
+
+    // Values have no order anyone sees: with an index the last one fills the gap.
+    void eraseValue(Node& node, std::size_t at) {
+        std::vector<Value>& values = node.values;
+        const auto index = valueIndexes_.find(&node);
+        if (index == valueIndexes_.end()) {
+            values.erase(values.begin() + static_cast<std::ptrdiff_t>(at));
+            return;
+        }
+        index->second.erase(upperCase(*values[at].name));
+        if (at + 1 != values.size()) {
+            values[at] = std::move(values.back());
+            index->second[upperCase(*values[at].name)] = at;
+        }
+        values.pop_back();
+    }
+
+    // The child of this name, in its parent's list or waiting; null when there is none.
+    Node* child(Node& parent, std::string_view name) {
+        const auto [slot, found] = childSlot(parent, name);
+        if (found && !gone_.contains(slot->get())) return slot->get();
+        const auto waiting = late_.find(&parent);
+        if (waiting == late_.end()) return nullptr;
+        const auto entry = waiting->second.find(upperCase(name));
+        return entry == waiting->second.end() ? nullptr : entry->second.get();
+    }
+
+    Node* makeKey(int32_t hive, std::string_view path) {
+        Node* node = tree_.roots[static_cast<std::size_t>(hive)].get();
+        forEachSegment(path, [&](std::string_view segment) {
+            Node* next = child(*node, segment);
+            if (next == nullptr) {
+                NodeRef made = makeNode(segment, generation_);
+                next = made.get();
+                keepBefore(*node);
+                std::vector<NodeRef>& children = node->children;
+                if (children.empty() || compareNames(children.back()->name, segment) < 0) {
+                    children.push_back(std::move(made));
+                } else {
+                    late_[node].emplace(upperCase(segment), std::move(made));
+                }
+            }
+            node = next;
+            return true;
+        });
+        return node;
+    }
+
+    void eraseKey(int32_t hive, std::string_view path) {
+        const std::size_t cut = path.find_last_not_of('\\');
+        if (cut == std::string_view::npos) return;
+        path = path.substr(0, cut + 1);
+        const std::size_t slash = path.rfind('\\');
+        Node* parent = tree_.roots[static_cast<std::size_t>(hive)].get();
+        if (slash != std::string_view::npos) {
+            forEachSegment(path.substr(0, slash), [&](std::string_view segment) {
+                parent = child(*parent, segment);
+                return parent != nullptr;
+            });
+        }
+        if (parent == nullptr) return;
+        const std::string_view leaf =
+            slash == std::string_view::npos ? path : path.substr(slash + 1);
+        const auto [slot, found] = childSlot(*parent, leaf);
+        if (found && !gone_.contains(slot->get())) {
+            keepBefore(*parent);
+            gone_.insert(slot->get());
+            swept_.insert(parent);
+        } else if (const auto waiting = late_.find(parent); waiting != late_.end()) {
+            waiting->second.erase(upperCase(leaf));
+        }
+    }
+
+    // Moves only: nothing here can fail.
+    void undo() noexcept {
+        for (Before& before : before_) {
+            Node& node = *before.node.get();
+            node.children = std::move(before.children);
+            node.values = std::move(before.values);
+            node.generation = before.generation;
+        }
+    }
+
+    RegFileTree& tree_;
+    uint32_t generation_;
+    bool committed_ = false;
+    Node* current_ = nullptr;  // the key that values go to; null under [-key]
+    std::vector<Before> before_;
+    // Children that came out of order, by upper-cased name, for each parent:
+    // they join the parent's ordered list when the whole file has been read,
+    // so a file in any order loads without moving a long list for every key.
+    std::unordered_map<Node*, std::map<std::string, NodeRef>> late_;
+    // Children deleted from their parents' lists, taken out at the end too:
+    // deleting from a long list one by one would move it for every key.
+    std::unordered_set<const Node*> gone_;
+    std::unordered_set<Node*> swept_;
+    // Positions of the values of keys that have many, by upper-cased name.
+    std::unordered_map<const Node*, std::unordered_map<std::string, std::size_t>> valueIndexes_;
+};
+
 class Parser {
   public:
-    explicit Parser(std::string_view text) : rest_(text) {}
+    Parser(LineReader& lines, Load& load) : lines_(lines), load_(load) {}
 
-    std::vector<StagedSection> parse() {
+    void parse() {
         std::string_view line;
         bool headerSeen = false;
         while (nextLine(line)) {
@@ -304,26 +736,18 @@ class Parser {
             }
         }
         if (!headerSeen) fail("the file is empty");
-        return std::move(sections_);
     }
 
   private:
+    // The line stays valid until the next call.
     bool nextLine(std::string_view& line) {
-        if (done_) return false;
-        ++lineNumber_;
-        const std::size_t end = rest_.find('\n');
-        line = rest_.substr(0, end);
-        if (end == std::string_view::npos) {
-            done_ = true;
-            rest_ = {};
-        } else {
-            rest_.remove_prefix(end + 1);
-        }
+        if (!lines_.next(line_)) return false;
+        line = line_;
         return true;
     }
 
     [[noreturn]] void fail(std::string message) const {
-        throw ParseFailure{lineNumber_, std::move(message)};
+        throw ParseFailure{lines_.number(), std::move(message)};
     }
 
     void section(std::string_view line) {
@@ -331,9 +755,9 @@ class Parser {
         if (close == std::string_view::npos) fail("a key name must end with ']'");
         if (!trimLeft(line.substr(close + 1)).empty()) fail("unexpected text after ']'");
         std::string_view path = line.substr(1, close - 1);
-        StagedSection staged;
+        bool erase = false;
         if (!path.empty() && path.front() == '-') {
-            staged.erase = true;
+            erase = true;
             path.remove_prefix(1);
         }
         const std::size_t cut = path.find('\\');
@@ -342,17 +766,21 @@ class Parser {
             kHiveNames.begin(), kHiveNames.end(),
             [&](const HiveName& h) { return asciiEqualsIgnoreCase(h.name, hiveName); });
         if (hive == kHiveNames.end()) fail("unknown root key \"" + std::string(hiveName) + "\"");
-        staged.hive = hive->hive;
-        if (cut != std::string_view::npos) staged.path = std::string(path.substr(cut + 1));
-        if (staged.erase && staged.path.find_first_not_of('\\') == std::string::npos) {
+        const std::string_view below =
+            cut == std::string_view::npos ? std::string_view() : path.substr(cut + 1);
+        if (erase && below.find_first_not_of('\\') == std::string_view::npos) {
             fail("a root key can't be deleted");
         }
-        sections_.push_back(std::move(staged));
-        current_ = &sections_.back();
+        int depth = 0;
+        if (!forEachSegment(below, [&](std::string_view) { return ++depth <= kMaxKeyDepth; })) {
+            fail("a key path is more than " + std::to_string(kMaxKeyDepth) + " levels deep");
+        }
+        load_.section(hive->hive, below, erase);
+        inKey_ = true;
     }
 
     void value(std::string_view line) {
-        if (current_ == nullptr) fail("a value before the first [key]");
+        if (!inKey_) fail("a value before the first [key]");
         StagedValue staged;
         std::string_view rest = line;
         if (rest.front() == '@') {
@@ -364,7 +792,7 @@ class Parser {
         if (rest.empty() || rest.front() != '=') fail("expected '=' after the value name");
         rest = trimLeft(rest.substr(1));
         data(rest, staged);
-        current_->values.push_back(std::move(staged));
+        load_.value(std::move(staged));
     }
 
     // A quoted string at the front of text, unescaped; text moves past it.
@@ -456,8 +884,12 @@ class Parser {
             rest = trimLeft(trimRight(rest));
             if (rest.empty()) return bytes;
             if (rest == "\\") {
+                const int continued = lines_.number();
                 std::string_view next;
-                if (!nextLine(next)) fail("the file ends inside a hex list");
+                if (!nextLine(next) || trimLeft(trimRight(next)).empty()) {
+                    throw ParseFailure{continued,
+                                       "a hex list ends in '\\' with no line to continue it"};
+                }
                 rest = next;
                 continue;
             }
@@ -494,127 +926,30 @@ class Parser {
         }
     }
 
-    std::string_view rest_;
-    bool done_ = false;
-    int lineNumber_ = 0;
+    LineReader& lines_;
+    Load& load_;
+    std::string line_;
     bool unicode_ = false;
-    std::vector<StagedSection> sections_;
-    StagedSection* current_ = nullptr;
+    bool inKey_ = false;
 };
-
-// The file's bytes, turned into UTF-8 text in place.
-void decodeFile(std::string& bytes) {
-    const std::string_view view(bytes);
-    if (view.starts_with("\xFF\xFE")) {
-        bytes = decodeUtf16Le(view.substr(2));
-    } else if (view.starts_with("\xFE\xFF")) {
-        throw ParseFailure{1, "UTF-16 big-endian files are not supported"};
-    } else {
-        if (view.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
-        if (!isValidUtf8(bytes)) bytes = decodeAnsi(bytes);
-    }
-}
-
-}  // namespace
-
-// ---- the tree ------------------------------------------------------------
-
-struct RegFileRegistry::Tree {
-    Tree() {
-        for (auto& root : roots) root = std::make_shared<Node>();
-    }
-
-    // The slot holding the node at hive\path; null when it is missing and not
-    // created. Valid until the tree changes.
-    const std::shared_ptr<Node>* descend(int32_t hive, std::string_view path, bool create) {
-        const std::shared_ptr<Node>* node = &roots[static_cast<std::size_t>(hive)];
-        forEachSegment(path, [&](std::string_view segment) {
-            Node& parent = **node;
-            const std::string folded = fold(segment);
-            auto slot = childSlot(parent, folded);
-            if (slot != parent.children.end() && (*slot)->folded == folded) {
-                node = &*slot;
-            } else if (create) {
-                auto child = std::make_shared<Node>();
-                child->name = std::string(segment);
-                child->folded = folded;
-                node = &*parent.children.insert(slot, std::move(child));
-            } else {
-                node = nullptr;
-            }
-            return node != nullptr;
-        });
-        return node;
-    }
-
-    void erase(int32_t hive, std::string_view path) {
-        const std::size_t cut = path.find_last_not_of('\\');
-        if (cut == std::string_view::npos) return;
-        path = path.substr(0, cut + 1);
-        const std::size_t slash = path.rfind('\\');
-        const std::string_view leaf =
-            slash == std::string_view::npos ? path : path.substr(slash + 1);
-        const auto* parent = descend(
-            hive, slash == std::string_view::npos ? std::string_view() : path.substr(0, slash),
-            false);
-        if (parent == nullptr) return;
-        Node& node = **parent;
-        const std::string folded = fold(leaf);
-        auto slot = childSlot(node, folded);
-        if (slot != node.children.end() && (*slot)->folded == folded) {
-            node.children.erase(slot);
-        }
-    }
-
-    static void apply(Node& node, StagedValue&& staged) {
-        const std::string folded = fold(staged.name);
-        auto found = std::find_if(node.values.begin(), node.values.end(),
-                                  [&](const Value& v) { return v.folded == folded; });
-        if (staged.erase) {
-            if (found != node.values.end()) node.values.erase(found);
-        } else if (found != node.values.end()) {
-            found->type = staged.type;
-            found->data = std::move(staged.data);
-        } else {
-            node.values.push_back(
-                Value{std::move(staged.name), folded, staged.type, std::move(staged.data)});
-        }
-    }
-
-    void merge(std::vector<StagedSection>&& sections) {
-        for (StagedSection& section : sections) {
-            if (section.erase) {
-                // kept: values listed under a deleted key are skipped, as the importer does
-                erase(section.hive, section.path);
-                continue;
-            }
-            Node* node = descend(section.hive, section.path, true)->get();
-            node->values.reserve(node->values.size() + section.values.size());
-            for (StagedValue& staged : section.values) apply(*node, std::move(staged));
-        }
-    }
-
-    std::array<std::shared_ptr<Node>, kHiveCount> roots;
-};
-
-namespace {
 
 // Holds its node alive, so a key stays readable while later files layer over it.
 class RegFileKey final : public RegistryKey {
   public:
-    explicit RegFileKey(std::shared_ptr<const Node> node) : node_(std::move(node)) {}
+    explicit RegFileKey(NodeRef node) : node_(std::move(node)) {}
 
     std::optional<std::string> stringValue(std::string_view name) const override {
-        const Value* value = findValue(*node_, name);
-        if (value == nullptr || (value->type != kRegSz && value->type != kRegExpandSz)) {
+        const auto value = findValue(*node_.get(), name);
+        if (value == node_->values.end() ||
+            (value->type != kRegSz && value->type != kRegExpandSz)) {
             return std::nullopt;
         }
         return value->data;
     }
 
     std::optional<int32_t> dwordValue(std::string_view name) const override {
-        const Value* value = findValue(*node_, name);
-        if (value == nullptr || value->type != kRegDword || value->data.size() != 4) {
+        const auto value = findValue(*node_.get(), name);
+        if (value == node_->values.end() || value->type != kRegDword || value->data.size() != 4) {
             return std::nullopt;
         }
         uint32_t number = 0;
@@ -630,7 +965,7 @@ class RegFileKey final : public RegistryKey {
     }
 
   private:
-    std::shared_ptr<const Node> node_;
+    NodeRef node_;
 };
 
 std::string whatOf(const std::string& file, int line, const std::string& message) {
@@ -645,41 +980,44 @@ RegFileError::RegFileError(std::string fileName, int lineNumber, const std::stri
       file(std::move(fileName)),
       line(lineNumber) {}
 
-RegFileRegistry::RegFileRegistry() : tree_(std::make_shared<Tree>()) {}
+RegFileRegistry::RegFileRegistry() : tree_(std::make_shared<RegFileTree>()) {}
 
 RegFileRegistry::~RegFileRegistry() = default;
 
 void RegFileRegistry::loadFile(const std::string& path) {
     // The name is UTF-8; through a path, Windows opens it by its wide form.
-    std::ifstream in(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                     std::ios::binary);
-    if (!in) throw RegFileError(path, 0, "can't open the file");
-    in.seekg(0, std::ios::end);
-    const std::streamoff size = in.tellg();
-    in.seekg(0, std::ios::beg);
-    std::string bytes;
-    if (size > 0) {
-        bytes.resize(static_cast<std::size_t>(size));
-        in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
-    if (!in && size > 0) throw RegFileError(path, 0, "can't read the file");
-    try {
-        decodeFile(bytes);
-    } catch (const ParseFailure& failure) {
-        throw RegFileError(path, failure.line, failure.message);
-    }
-    loadText(bytes, path);
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored)) throw RegFileError(path, 0, "is a directory");
+    errno = 0;
+    std::ifstream in(file, std::ios::binary);
+    if (!in) throw RegFileError(path, 0, "can't open the file" + systemReason(errno));
+    load(in, path);
 }
 
 void RegFileRegistry::loadText(std::string_view text, const std::string& name) {
-    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    std::vector<StagedSection> sections;
+    // The text read in place, as a stream over it.
+    struct TextBuffer : std::streambuf {
+        explicit TextBuffer(std::string_view text) {
+            char* begin = const_cast<char*>(text.data());
+            setg(begin, begin, begin + text.size());
+        }
+    } buffer(text);
+    std::istream in(&buffer);
+    load(in, name);
+}
+
+void RegFileRegistry::load(std::istream& in, const std::string& name) {
+    Load changes(*tree_);
+    LineReader lines(in);
     try {
-        sections = Parser(text).parse();
+        Parser(lines, changes).parse();
+        changes.commit();
     } catch (const ParseFailure& failure) {
         throw RegFileError(name, failure.line, failure.message);
+    } catch (const std::bad_alloc&) {
+        throw RegFileError(name, lines.number(), "not enough memory to hold the file's keys");
     }
-    tree_->merge(std::move(sections));
 }
 
 std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_view path,
@@ -689,13 +1027,47 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
         errorCode = kErrorInvalidHandle;
         return nullptr;
     }
-    const auto* node = tree_->descend(hive, path, false);
-    if (node == nullptr) {
-        errorCode = kErrorFileNotFound;
-        return nullptr;
+    // The catalogue walks the sub-keys of one key in turn and opens each twice
+    // in a row: once to look at it, once to load the record. So the last key
+    // this thread opened is kept, and the next sibling is tried first.
+    thread_local struct {
+        uint64_t state = 0;
+        int32_t hive = -1;
+        std::string path;
+        NodeRef node;
+        NodeRef parent;  // null for a hive's root
+        std::size_t place = 0;
+    } last;
+    const bool sameTree = last.state == tree_->state && last.hive == hive;
+    if (!sameTree || last.path != path) {
+        Node* parent = nullptr;
+        std::size_t place = 0;
+        Node* node = nullptr;
+        const std::size_t cut = path.rfind('\\');
+        if (sameTree && last.parent.get() != nullptr && cut != std::string_view::npos &&
+            std::string_view(last.path).substr(0, last.path.rfind('\\')) == path.substr(0, cut)) {
+            const std::vector<NodeRef>& siblings = last.parent->children;
+            if (last.place + 1 < siblings.size() &&
+                compareNames(siblings[last.place + 1]->name, path.substr(cut + 1)) == 0) {
+                parent = last.parent.get();
+                place = last.place + 1;
+                node = siblings[place].get();
+            }
+        }
+        if (node == nullptr) node = tree_->find(hive, path, &parent, &place);
+        if (node == nullptr) {
+            errorCode = kErrorFileNotFound;
+            return nullptr;
+        }
+        last.node = NodeRef(node);
+        last.parent = NodeRef(parent);
+        last.place = place;
+        last.state = tree_->state;
+        last.hive = hive;
+        last.path = path;
     }
     errorCode = 0;
-    return std::make_unique<RegFileKey>(*node);
+    return std::make_unique<RegFileKey>(last.node);
 }
 
 }  // namespace ostrel::platform

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -21,13 +22,16 @@ struct RegFileError : std::runtime_error {
     int line;  // 0 when the file could not be read at all
 };
 
+struct RegFileTree;
+
 class RegFileRegistry : public RegistryPort {
   public:
     RegFileRegistry();
     ~RegFileRegistry() override;
 
     // Layers one file over what is loaded; throws RegFileError and leaves the
-    // registry as it was when the file is bad.
+    // registry as it was when the file is bad. The file is read as a stream,
+    // so pipes, /dev/stdin and /proc files read their real content.
     void loadFile(const std::string& path);
     // The same for text in memory (built-in samples, tests); name is used in errors.
     void loadText(std::string_view text, const std::string& name);
@@ -36,8 +40,9 @@ class RegFileRegistry : public RegistryPort {
                                       int32_t& errorCode) override;
 
   private:
-    struct Tree;
-    std::shared_ptr<Tree> tree_;
+    void load(std::istream& in, const std::string& name);
+
+    std::shared_ptr<RegFileTree> tree_;
 };
 
 }  // namespace ostrel::platform

@@ -34,7 +34,14 @@ class PosixEnvironment final : public EnvironmentPort {
         return std::string(value);
     }
 
+    // The component's file can't move while the process lives: resolved once.
     std::string componentFolder() override {
+        static const std::string folder = resolvedFolder();
+        return folder;
+    }
+
+  private:
+    static std::string resolvedFolder() {
         std::string file = moduleFile();
         // Data files lie beside the real artefact, not beside a link to it.
         if (char* real = ::realpath(file.c_str(), nullptr)) {

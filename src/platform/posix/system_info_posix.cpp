@@ -1,13 +1,21 @@
 // The system information calls on Linux: the Windows records and names, as
 // close as this system has them.
 //
+// Hosts were written for Windows and judge a system by its version record,
+// so the record describes what they expect of a current system, Windows 10
+// (platform 2, version 10.0), and carries the kernel's own release where a
+// person reads it: in the build number and the service-pack text. The
+// kernel's numbers would be misread (a 4.x kernel is "older than XP", 4.0
+// "NT 4").
+//
 // Version record (GetVersionExA)
 //   dwOSVersionInfoSize  must be 148 or 156 on the way in, as Windows insists; else the call fails
-//   dwMajorVersion       kernel release "6.1.0-18-amd64": 6
-//   dwMinorVersion       kernel release: 1
-//   dwBuildNumber        kernel release: the patch number, 0
-//   dwPlatformId         2, the NT family: the system is a modern one
-//   szCSDVersion         empty: there are no service packs
+//   dwMajorVersion       10
+//   dwMinorVersion       0
+//   dwBuildNumber        the kernel release as the kernel codes it (LINUX_VERSION_CODE):
+//                        major << 16 | minor << 8 | patch (at most 255); "6.1.0-18-amd64": 393472
+//   dwPlatformId         2, the NT family
+//   szCSDVersion         the kernel's name and release: "Linux 6.1.0-18-amd64"
 //   wServicePackMajor/Minor  0
 //   wSuiteMask           0: no embedded, terminal or server suite
 //   wProductType         1, a workstation
@@ -20,11 +28,16 @@
 //   wProcessorLevel      x86/x64: "cpu family" of /proc/cpuinfo; ARM: "CPU architecture"
 //   wProcessorRevision   x86/x64: "model" << 8 | "stepping"; ARM: "CPU variant" << 8 |
 //                        "CPU revision"; 0 when /proc/cpuinfo can't tell
-//   dwNumberOfProcessors sysconf(_SC_NPROCESSORS_ONLN)
-//   dwActiveProcessorMask  the process's affinity (sched_getaffinity), processors 0 to 31
+//   dwActiveProcessorMask  the system's online processors (/sys/devices/system/cpu/online),
+//                        0 to 31: the mask has 32 bits, as for a 32-bit process on Windows
+//   dwNumberOfProcessors the processors of that mask. Where the list can't be read, the
+//                        online count (sysconf) and a mask of as many processors from 0
 // Computer name (GetComputerNameExA)
-//   3 and 7 (fully qualified): the canonical name the resolver gives for
-//   gethostname, else the plain host name; an empty one fails. Other formats fail.
+//   3 and 7 (fully qualified): the host name, qualified by the local domain of
+//   /etc/resolv.conf ("domain", else the first "search" entry, the last line
+//   winning) unless it has a dot already. No resolver or network lookup: a
+//   slow name server delays nothing, and /etc/hosts can't turn the name into
+//   "localhost". An empty name fails. Other formats fail.
 // User name (GetUserNameExA)
 //   There is no directory service, so every format fails. A failing
 //   NameSamCompatible (2) call leaves the login name (getpwuid of the effective
@@ -33,18 +46,20 @@
 //   back to USERNAME as on Windows.
 // Buffers behave as on Windows: a name needs its length plus one in the given
 // size, else the call fails and the size tells what is needed.
-#include <netdb.h>
+#include "platform/posix/system_info_posix.h"
+
 #include <pwd.h>
-#include <sched.h>
-#include <sys/socket.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -145,15 +160,9 @@ CpuFacts readCpuInfo() {
     return facts;
 }
 
-int32_t activeProcessorMask() {
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    if (sched_getaffinity(0, sizeof set, &set) != 0) return 0;
-    uint32_t mask = 0;
-    for (unsigned cpu = 0; cpu < 32; ++cpu) {
-        if (CPU_ISSET(cpu, &set)) mask |= 1u << cpu;
-    }
-    return static_cast<int32_t>(mask);
+std::string fileText(const char* path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void fillSystemRecord(SystemRecord& record, int16_t architecture) {
@@ -179,31 +188,19 @@ void fillSystemRecord(SystemRecord& record, int16_t architecture) {
         default:
             break;
     }
-    const long online = sysconf(_SC_NPROCESSORS_ONLN);
-    record.dwNumberOfProcessors = online > 0 ? static_cast<int32_t>(online) : 1;
-    record.dwActiveProcessorMask = activeProcessorMask();
+    uint32_t mask = processorMask(fileText("/sys/devices/system/cpu/online"));
+    if (mask == 0) {
+        const long online = std::clamp(sysconf(_SC_NPROCESSORS_ONLN), 1L, 32L);
+        mask = online == 32 ? ~0u : (1u << online) - 1;
+    }
+    record.dwActiveProcessorMask = static_cast<int32_t>(mask);
+    record.dwNumberOfProcessors = std::popcount(mask);
 }
 
 std::string hostName() {
     std::array<char, 1025> name{};
     if (gethostname(name.data(), name.size() - 1) != 0) return {};
     return std::string(name.data());
-}
-
-std::string fullyQualifiedHostName() {
-    std::string host = hostName();
-    if (host.empty()) return host;
-    addrinfo hints{};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_flags = AI_CANONNAME;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0 && found != nullptr) {
-        if (found->ai_canonname != nullptr && found->ai_canonname[0] != '\0') {
-            host = found->ai_canonname;
-        }
-        freeaddrinfo(found);
-    }
-    return host;
 }
 
 std::string loginName() {
@@ -239,19 +236,13 @@ class PosixSystemInfo final : public SystemInfoPort {
         if (record.dwOSVersionInfoSize != 148 && record.dwOSVersionInfoSize != 156) return false;
         utsname names{};
         if (uname(&names) != 0) return false;
-        const std::string_view release(names.release);
-        std::size_t pos = 0;
-        record.dwMajorVersion = leadingNumber(release, pos);
-        if (pos < release.size() && release[pos] == '.') {
-            ++pos;
-            record.dwMinorVersion = leadingNumber(release, pos);
-        }
-        if (pos < release.size() && release[pos] == '.') {
-            ++pos;
-            record.dwBuildNumber = leadingNumber(release, pos);
-        }
+        record.dwMajorVersion = 10;
+        record.dwMinorVersion = 0;
+        record.dwBuildNumber = kernelVersionCode(names.release);
         record.dwPlatformId = 2;
-        record.szCSDVersion.assign(128, '\0');
+        record.szCSDVersion = std::string(names.sysname) + " " + names.release;
+        record.szCSDVersion.resize(128, '\0');
+        record.szCSDVersion.back() = '\0';
         record.wServicePackMajor = 0;
         record.wServicePackMinor = 0;
         record.wSuiteMask = 0;
@@ -273,7 +264,7 @@ class PosixSystemInfo final : public SystemInfoPort {
     bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
         // Only the fully qualified forms, physical or not, mean anything here.
         if (format != 3 && format != 7) return false;
-        return copyOut(fullyQualifiedHostName(), buffer, size);
+        return copyOut(qualifiedHostName(hostName(), fileText("/etc/resolv.conf")), buffer, size);
     }
 
     bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
@@ -294,6 +285,58 @@ class PosixSystemInfo final : public SystemInfoPort {
 };
 
 }  // namespace
+
+int32_t kernelVersionCode(std::string_view release) {
+    std::size_t pos = 0;
+    int32_t parts[3] = {0, 0, 0};
+    for (int32_t& part : parts) {
+        part = leadingNumber(release, pos);
+        if (pos >= release.size() || release[pos] != '.') break;
+        ++pos;
+    }
+    return (std::clamp(parts[0], 0, 0x7FFF) << 16) | (std::clamp(parts[1], 0, 255) << 8) |
+           std::clamp(parts[2], 0, 255);
+}
+
+uint32_t processorMask(std::string_view cpuList) {
+    uint32_t mask = 0;
+    std::size_t pos = 0;
+    while (pos < cpuList.size()) {
+        const std::size_t start = pos;
+        const int32_t first = leadingNumber(cpuList, pos);
+        if (pos == start) break;  // not a number: the list ends
+        int32_t last = first;
+        if (pos < cpuList.size() && cpuList[pos] == '-') {
+            ++pos;
+            last = leadingNumber(cpuList, pos);
+        }
+        for (int32_t cpu = std::max(first, 0); cpu <= std::min(last, 31); ++cpu) {
+            mask |= 1u << cpu;
+        }
+        if (pos >= cpuList.size() || cpuList[pos] != ',') break;
+        ++pos;
+    }
+    return mask;
+}
+
+std::string qualifiedHostName(std::string_view hostName, std::string_view resolvConf) {
+    if (hostName.empty() || hostName.find('.') != std::string_view::npos) {
+        return std::string(hostName);
+    }
+    std::string domain;
+    std::istringstream lines{std::string(resolvConf)};
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string keyword;
+        std::string first;
+        if ((words >> keyword >> first) && (keyword == "domain" || keyword == "search") &&
+            first.front() != '#' && first.front() != ';') {
+            domain = first;
+        }
+    }
+    while (!domain.empty() && domain.back() == '.') domain.pop_back();
+    return domain.empty() ? std::string(hostName) : std::string(hostName) + "." + domain;
+}
 
 SystemInfoPort& systemInfo() {
     static PosixSystemInfo port;

@@ -50,10 +50,14 @@ class Win32Environment final : public EnvironmentPort {
         }
     }
 
+    // The component's file can't move while it is loaded: looked up once.
     std::string componentFolder() override {
-        const std::string file = moduleFile();
-        const size_t cut = file.find_last_of("\\/");
-        return cut == std::string::npos ? std::string() : file.substr(0, cut);
+        static const std::string folder = [] {
+            const std::string file = moduleFile();
+            const size_t cut = file.find_last_of("\\/");
+            return cut == std::string::npos ? std::string() : file.substr(0, cut);
+        }();
+        return folder;
     }
 };
 
