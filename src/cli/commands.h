@@ -27,6 +27,6 @@ const std::vector<Command>& commands();
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;  // a registry file could not be read or parsed
 inline constexpr int kExitUsage = 2;
-inline constexpr int kExitNotObtained = 3;  // the lock was not had (mutex)
+inline constexpr int kExitNotObtained = 3;  // no lock (mutex), no such process, not ready
 
 }  // namespace ostrel::cli

@@ -1,6 +1,7 @@
 #include "com/automation_types.h"
 
 #include <cstdint>
+#include <type_traits>
 
 #include "runtime/automation_error.h"
 #include "runtime/text.h"
@@ -77,6 +78,45 @@ Variant fromVariant(const VARIANT& value) {
         return Variant();
     }
     return Variant(V_R8(number.get()));
+}
+
+}  // namespace ostrel::com
+
+namespace ostrel::com {
+
+void toVariant(const Variant& value, VARIANT& out) {
+    VARIANT made;
+    VariantInit(&made);
+    std::visit(
+        [&](const auto& v) {
+            using T = std::decay_t<decltype(v)>;
+            if constexpr (std::is_same_v<T, NullValue>) {
+                V_VT(&made) = VT_NULL;
+            } else if constexpr (std::is_same_v<T, bool>) {
+                V_VT(&made) = VT_BOOL;
+                V_BOOL(&made) = toVariantBool(v);
+            } else if constexpr (std::is_same_v<T, int16_t>) {
+                V_VT(&made) = VT_I2;
+                V_I2(&made) = v;
+            } else if constexpr (std::is_same_v<T, int32_t>) {
+                V_VT(&made) = VT_I4;
+                V_I4(&made) = v;
+            } else if constexpr (std::is_same_v<T, double>) {
+                V_VT(&made) = VT_R8;
+                V_R8(&made) = v;
+            } else if constexpr (std::is_same_v<T, DateValue>) {
+                V_VT(&made) = VT_DATE;
+                V_DATE(&made) = v.value;
+            } else if constexpr (std::is_same_v<T, std::string>) {
+                V_BSTR(&made) = toBstr(v);
+                V_VT(&made) = VT_BSTR;
+            } else if constexpr (std::is_same_v<T, Ref<Object>>) {
+                raise(kErrTypeMismatch);
+            }
+        },
+        value.storage());
+    VariantClear(&out);
+    out = made;
 }
 
 }  // namespace ostrel::com

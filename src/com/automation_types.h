@@ -24,6 +24,10 @@ std::string fromBstr(const BSTR text);
 // which the list answers with a type mismatch.
 Variant fromVariant(const VARIANT& value);
 
+// A core Variant into a VARIANT the caller owns (cleared first). Objects
+// have no use here yet and raise 13.
+void toVariant(const Variant& value, VARIANT& out);
+
 inline VARIANT_BOOL toVariantBool(bool value) {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }

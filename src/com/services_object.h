@@ -25,6 +25,12 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                                      BSTR Value) override;
     HRESULT STDMETHODCALLTYPE GetMutex(BSTR Name, LONG TimeoutMs, LONG* result) override;
     HRESULT STDMETHODCALLTYPE ReleaseMutexHandle(LONG* Handle, VARIANT_BOOL* result) override;
+
+    // The machine: processes.
+    HRESULT STDMETHODCALLTYPE IsProcessRunning(BSTR Name, VARIANT* ProcessId,
+                                               VARIANT_BOOL* result) override;
+    HRESULT STDMETHODCALLTYPE RunProgram(BSTR CommandLine, LONG Unused, BSTR ReadyFile,
+                                         VARIANT_BOOL* result) override;
 };
 
 }  // namespace ostrel::com

@@ -114,9 +114,13 @@ bool mfblnWaitForReady(int32_t vlngTimeoutMs, const ReadinessTest& ready) {
 ReadinessTest readinessFromFile(std::string path) {
     if (path.empty()) return ReadinessTest();
     return [path = std::move(path)]() -> std::string {
-        FileSystemObject& fso = fileSystem();
-        if (!fso.FileExists(path)) return std::string();
-        return fso.ReadAll(path);
+        // A file still held by its writer is not ready yet, no failure.
+        try {
+            FileSystemObject& fso = fileSystem();
+            return fso.FileExists(path) ? fso.ReadAll(path) : std::string();
+        } catch (...) {
+            return std::string();
+        }
     };
 }
 

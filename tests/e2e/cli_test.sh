@@ -102,5 +102,24 @@ if ! $windows; then
     unset ProgramData
 fi
 
+# Processes: the tool finds itself; a started program is ready once its file is there.
+program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
+if $windows; then folder='C:\Some\Folder\'; else folder=/some/folder/; fi
+run process find "$folder$program"
+check "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]'
+run process find no-such-program
+check "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
+if $windows; then
+    ready="$(winepath -w "$work")\\ready.txt"
+    command="cmd.exe /c echo up>\"$ready\""
+else
+    ready="$work/ready.txt"
+    command="sh -c 'echo up > \"$ready\"; sleep 2'"
+fi
+run process run --ready-file "$ready" "$command"
+check "process run: ready, with the id" '[ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"'
+run process run "no-such-program --flag"
+check "process run: a program that can't start is not ready" '[ "$rc" = 3 ] && [ "$out" = "not ready" ]'
+
 [ "$failures" -eq 0 ] || { echo "$failures check(s) failed" >&2; exit 1; }
 echo "cli_test: all checks passed"

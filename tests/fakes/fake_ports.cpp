@@ -68,6 +68,29 @@ bool FakeNamedMutex::close(int32_t handle) {
     return !closeFails;
 }
 
+int64_t FakeProcesses::createSnapshot(uint32_t flags, uint32_t processId) {
+    if (snapshotFails || flags != 15 || processId != 0) return kInvalidSnapshot;
+    ++snapshotsOpen;
+    return 7;
+}
+
+bool FakeProcesses::firstProcess(int64_t snapshot, platform::ProcessEntry& entry) {
+    next_ = 0;
+    return nextProcess(snapshot, entry);
+}
+
+bool FakeProcesses::nextProcess(int64_t, platform::ProcessEntry& entry) {
+    if (next_ >= table.size()) return false;
+    entry = table[next_++];
+    return true;
+}
+
+uint32_t FakeProcesses::start(std::string_view commandLine, int32_t windowStyle) {
+    if (startFails) raise(kErrFileNotFound);
+    started.push_back(std::string(commandLine) + " @" + std::to_string(windowStyle));
+    return startedId;
+}
+
 namespace {
 std::string settingKey(std::string_view application, std::string_view section,
                        std::string_view key) {

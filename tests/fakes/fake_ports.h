@@ -117,4 +117,38 @@ class FakeProgramSettings : public platform::ProgramSettingsPort {
               std::string_view value) override;
 };
 
+// A process table and a clock of the test's making. Each sleep moves the
+// tick counter on by what was slept; start answers startedId, or raises 53
+// when startFails.
+class FakeProcesses : public platform::ProcessPort {
+  public:
+    std::vector<platform::ProcessEntry> table;
+    bool snapshotFails = false;
+    int32_t snapshotError = 8;
+    uint32_t startedId = 1234;
+    bool startFails = false;
+    std::vector<std::string> started;  // command lines, with their window style
+    uint32_t ticks = 1000;
+    uint32_t sleeps = 0;
+    int snapshotsOpen = 0;
+
+    int64_t createSnapshot(uint32_t flags, uint32_t processId) override;
+    bool firstProcess(int64_t snapshot, platform::ProcessEntry& entry) override;
+    bool nextProcess(int64_t snapshot, platform::ProcessEntry& entry) override;
+    bool closeSnapshot(int64_t) override {
+        --snapshotsOpen;
+        return true;
+    }
+    int32_t lastError() override { return snapshotError; }
+    uint32_t start(std::string_view commandLine, int32_t windowStyle) override;
+    uint32_t tickCount() override { return ticks; }
+    void sleep(uint32_t milliseconds) override {
+        ++sleeps;
+        ticks += milliseconds;
+    }
+
+  private:
+    size_t next_ = 0;
+};
+
 }  // namespace ostrel::fakes

@@ -41,6 +41,7 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.namedMutex = &namedMutex;
     ports.xml = &platform::systemXml();
     ports.programSettings = &programSettings;
+    ports.processes = &processes;
     install();
 }
 

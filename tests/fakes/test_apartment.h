@@ -47,6 +47,7 @@ class TestApartment {
     FakeSystemInfo systemInfo;
     FakeNamedMutex namedMutex;
     FakeProgramSettings programSettings;
+    FakeProcesses processes;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it

@@ -201,6 +201,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   fill_toolbar
   run_vbscript "$here/vbs/pc_info.vbs"
   run_vbscript "$here/vbs/products.vbs" catalogue
+  mkdir -p "$(winepath -u 'C:\ProgramData')/QUORL"  # for the time-out the script sets
   run_vbscript "$here/vbs/services.vbs" catalogue
   test_settings
   check_tool_catalogue "$bin"

@@ -15,4 +15,22 @@ Check services.ToolbarKey(partNumber) = "Beta", "ToolbarKey of a variable"
 Check services.ToolbarKey("") = "", "ToolbarKey("""") is empty"
 Check services.InstallDir() = "C:\Program Files\QUORL", "InstallDir"
 
+' Processes: the script host itself, by file name in any case and folder.
+Dim processId, ready, fso
+processId = "before"
+Check services.IsProcessRunning("C:\Nowhere\CSCRIPT.EXE", processId) And processId > 0, _
+      "IsProcessRunning finds the script host, its id in the variable"
+Check Not services.IsProcessRunning("no-such-program.exe", processId) And processId = 0 And _
+      TypeName(processId) = "Integer", "no such process: False and the integer 0"
+' A started program is ready once its file is there (a generous wait under Wine).
+services.SaveApplicationSetting "Ostrel", "Settings", "ProgramReadyTimeout", "20000"
+Set fso = CreateObject("Scripting.FileSystemObject")
+ready = "C:\ProgramData\QUORL\ready.txt"
+If fso.FileExists(ready) Then fso.DeleteFile ready
+Check services.RunProgram("cmd.exe /c echo up>" & ready, 12345, ready), "RunProgram: ready once the file is written"
+services.SaveApplicationSetting "Ostrel", "Settings", "ProgramReadyTimeout", "100"
+Check Not services.RunProgram("cmd.exe /c exit", 0, ""), "RunProgram without a readiness file: never ready"
+Check Not services.RunProgram("no-such-program.exe", 0, "") And Err.Number = 0, "RunProgram of nothing: False, no error"
+If fso.FileExists(ready) Then fso.DeleteFile ready
+
 WScript.Quit failures

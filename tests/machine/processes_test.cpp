@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fakes/test_apartment.h"
+#include "foundation/file_system_object.h"
+#include "foundation/globals.h"
+#include "machine/processes.h"
+#include "platform/adapters.h"
+
+namespace ostrel {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class Processes : public ::testing::Test {
+  protected:
+    Processes() {
+        apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+        fx.processes.table = {{4, "/sbin/init"}, {40, "/opt/App/Worker.BIN"}, {41, "worker.bin"}};
+    }
+    void debugOn() { apartment().gblnDebug = true; }
+    const Lines& said() const { return fx.debugStream.texts; }
+
+    fakes::TestApartment fx;
+};
+
+TEST_F(Processes, FindsTheFirstOfThatFileNameWhateverItsFolderAndCase) {
+    debugOn();
+    Variant id(std::string("stale"));
+    EXPECT_TRUE(mblnIsProcessRunning("C:/Elsewhere/WORKER.bin", id));
+    EXPECT_EQ(id, Variant(int32_t{40})) << "the first in the system's list";
+    EXPECT_EQ(fx.processes.snapshotsOpen, 0) << "the snapshot is closed";
+
+    EXPECT_FALSE(mblnIsProcessRunning("/bin/missing", id));
+    EXPECT_EQ(id, Variant(int16_t{0})) << "the integer 0, as set at the start";
+    EXPECT_EQ(said(),
+              (Lines{"[mblnIsProcessRunning :C:/Elsewhere/WORKER.bin] Process is running.\r\n",
+                     "[mblnIsProcessRunning :/bin/missing] Process is not running.\r\n"}))
+        << "the name as given, folder and all";
+}
+
+TEST_F(Processes, AFailedSnapshotLogsTwiceWithDiagnosticsAndNothingWithout) {
+    fx.processes.snapshotFails = true;
+    Variant id;
+    EXPECT_FALSE(mblnIsProcessRunning("worker.bin", id));
+    EXPECT_TRUE(said().empty());
+    debugOn();
+    EXPECT_FALSE(mblnIsProcessRunning("worker.bin", id));
+    EXPECT_EQ(said(), (Lines{"[mblnIsProcessRunning :worker.bin] Unable to create process table "
+                             "snapshot. ErrorCode: 8\r\n",
+                             "[mblnIsProcessRunning :worker.bin] Process is not running.\r\n"}));
+
+    // A run-time failure: the same words with the error, at any verbosity.
+    apartment().gblnDebug = false;
+    apartment().ports.processes = nullptr;
+    EXPECT_FALSE(mblnIsProcessRunning("worker.bin", id));
+    EXPECT_EQ(said().back(),
+              "[mblnIsProcessRunning :worker.bin] Unable to create process table "
+              "snapshot. Error: 429, ActiveX component can't create object\r\n");
+}
+
+TEST_F(Processes, RunStartsHiddenAndWaitsForTheReadinessTest) {
+    debugOn();
+    int asked = 0;
+    const ReadinessTest readyOnThird = [&] { return ++asked >= 3 ? "up" : ""; };
+    int32_t started = 0;
+    EXPECT_TRUE(mfblnRunProgram("worker.bin -x", 999, readyOnThird, &started));
+    EXPECT_EQ(started, 1234);
+    EXPECT_EQ(fx.processes.started, Lines{"worker.bin -x @0"});
+    EXPECT_EQ(fx.processes.sleeps, 2u) << "one millisecond between two questions";
+    EXPECT_EQ(said().back(),
+              "[mfblnRunProgram] Program started.  procID: 1234 prog: worker.bin -x\r\n");
+
+    // Never ready: false after the 500 ms of the default, without a line;
+    // the program is not stopped.
+    const size_t lines = said().size();
+    fx.processes.sleeps = 0;
+    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
+    EXPECT_EQ(fx.processes.sleeps, 500u);
+    EXPECT_EQ(said().size(), lines);
+
+    // The time-out is a setting.
+    fx.programSettings.values["Ostrel\\Settings\\ProgramReadyTimeout"] = "20";
+    fx.processes.sleeps = 0;
+    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
+    EXPECT_EQ(fx.processes.sleeps, 20u);
+}
+
+TEST_F(Processes, RunFailuresAndTheSixteenBitId) {
+    fx.processes.startedId = 0;
+    EXPECT_FALSE(mfblnRunProgram("a", 0, ReadinessTest()));
+    EXPECT_TRUE(said().empty()) << "no id: the line needs diagnostics";
+    debugOn();
+    EXPECT_FALSE(mfblnRunProgram("a", 0, ReadinessTest()));
+    EXPECT_EQ(said().back(), "[mfblnRunProgram] Program failed to run.  prog: a\r\n");
+
+    // kept: an id above 32767 overflows its 16 bits although the program runs
+    fx.processes.startedId = 40000;
+    EXPECT_FALSE(mfblnRunProgram("b", 0, [] { return std::string("up"); }));
+    EXPECT_EQ(fx.processes.started.back(), "b @0");
+    EXPECT_EQ(said().back(),
+              "[mfblnRunProgram] Program failed to run.  prog: b Error: 6, Overflow\r\n");
+
+    fx.processes.startFails = true;
+    EXPECT_FALSE(mfblnRunProgram("c d", 0, ReadinessTest()));
+    EXPECT_EQ(said().back(),
+              "[mfblnRunProgram] Program failed to run.  prog: c d Error: 53, File not found\r\n");
+
+    fx.programSettings.values["Ostrel\\Settings\\ProgramReadyTimeout"] = "soon";
+    fx.processes.startFails = false;
+    EXPECT_FALSE(mfblnRunProgram("e", 0, ReadinessTest()));
+    EXPECT_EQ(said().back(),
+              "[mfblnRunProgram] Program failed to run.  prog: e Error: 13, Type mismatch\r\n");
+}
+
+TEST_F(Processes, TheWaitSurvivesAWrapOfTheTickCounter) {
+    int asked = 0;
+    const ReadinessTest never = [&] {
+        ++asked;
+        return std::string();
+    };
+    EXPECT_FALSE(mfblnWaitForReady(0, never));
+    EXPECT_FALSE(mfblnWaitForReady(-5, never));
+    EXPECT_EQ(asked, 0) << "a time-out of 0 or less asks nothing";
+
+    // 10 ms before the signed counter turns negative: the wait starts
+    // afresh at the wrap and so lasts up to one time-out longer.
+    fx.processes.ticks = 0x7FFFFFFFu - 9;
+    EXPECT_FALSE(mfblnWaitForReady(100, never));
+    EXPECT_EQ(fx.processes.sleeps, 110u);
+}
+
+// The real table of this machine holds this very test program.
+TEST(SystemProcesses, FindThisProgram) {
+    fakes::TestApartment fx;
+    fx.ports.processes = &platform::systemProcesses();
+    fx.install();
+    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    Variant id;
+    EXPECT_TRUE(mblnIsProcessRunning(
+        fakes::utf8Of(fakes::pathOf(::testing::internal::GetArgvs().front()).filename()), id));
+    ASSERT_NE(id.getIf<int32_t>(), nullptr);
+    EXPECT_GT(*id.getIf<int32_t>(), 0);
+}
+
+}  // namespace
+}  // namespace ostrel
