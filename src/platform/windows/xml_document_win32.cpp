@@ -35,9 +35,26 @@ class PathVariant {
     VARIANT value_;
 };
 
+// The apartment's globals go when its thread ends, which may be after the
+// host left COM; the object's code may be gone by then, so what is still
+// held is let go without a call into it.
+bool apartmentAlive() {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    return CoGetApartmentType(&type, &qualifier) != CO_E_NOTINITIALIZED;
+}
+
+template <class Interface>
+void letGo(ComPtr<Interface>& pointer) {
+    if (!apartmentAlive()) pointer.Detach();
+}
+
 class MsxmlNode final : public XmlNode {
   public:
     explicit MsxmlNode(ComPtr<IXMLDOMNode> node) : node_(std::move(node)) {}
+    ~MsxmlNode() override { letGo(node_); }
+    MsxmlNode(const MsxmlNode&) = delete;
+    MsxmlNode& operator=(const MsxmlNode&) = delete;
 
     std::unique_ptr<XmlNode> selectSingleNode(std::string_view path) override {
         checkSelectionPath(path);
@@ -83,6 +100,9 @@ class MsxmlDocument final : public XmlDocument {
   public:
     explicit MsxmlDocument(ComPtr<IXMLDOMDocument> document)
         : document_(std::move(document)), root_(document_) {}
+    ~MsxmlDocument() override { letGo(document_); }
+    MsxmlDocument(const MsxmlDocument&) = delete;
+    MsxmlDocument& operator=(const MsxmlDocument&) = delete;
 
     void setAsync(bool async) override {
         checkHresult(document_->put_async(async ? VARIANT_TRUE : VARIANT_FALSE));
