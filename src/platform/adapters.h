@@ -18,5 +18,8 @@ SystemInfoPort& systemInfo();
 NamedMutexPort& systemNamedMutex();
 XmlPort& systemXml();  // Windows: the platform's XML document object; Linux: pugixml
 ProgramSettingsPort& systemProgramSettings();  // Windows: HKCU; Linux: a per-user INI file
+TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C library
+PathPort& systemPaths();
+ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
 
 }  // namespace ostrel::platform

@@ -16,6 +16,9 @@ Ports defaultPorts() {
     ports.namedMutex = &systemNamedMutex();
     ports.xml = &systemXml();
     ports.programSettings = &systemProgramSettings();
+    ports.timeZone = &systemTimeZone();
+    ports.paths = &systemPaths();
+    ports.shell = &systemShell();
     return ports;
 }
 
