@@ -41,6 +41,9 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.namedMutex = &namedMutex;
     ports.xml = &platform::systemXml();
     ports.programSettings = &programSettings;
+    ports.timeZone = &timeZone;
+    ports.paths = &paths;
+    ports.shell = &shell;
     install();
 }
 
