@@ -187,6 +187,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   run_vbscript "$here/vbs/pc_info.vbs"
   run_vbscript "$here/vbs/products.vbs" catalogue
   run_vbscript "$here/vbs/services.vbs" catalogue
+  TZ=EST5EDT,M3.2.0,M11.1.0 run_vbscript "$here/vbs/services_time_path.vbs"
   test_settings
 
   # The marker switches the log on, so that each apartment's start shows.
