@@ -12,6 +12,9 @@
 
 #ifdef _WIN32
 #include <windows.h>
+
+#include <atomic>
+#include <thread>
 #endif
 
 namespace ostrel {
@@ -152,6 +155,38 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
     EXPECT_TRUE(gfblnDeleteFile(held));
 #endif
 }
+
+#ifdef _WIN32
+// The shell's own object, made by its name and called late bound: no error
+// on the way. A dialogue that shows is cancelled by a second thread, as a
+// user would; without a display Wine's shell answers Nothing at once.
+TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
+    fakes::TestApartment fx;
+    fx.ports.shell = &platform::systemShell();
+    fx.install();
+    const DWORD caller = GetCurrentThreadId();
+    std::atomic<bool> done{false};
+    std::thread user([caller, &done] {
+        while (!done) {
+            Sleep(50);
+            HWND found = nullptr;
+            EnumThreadWindows(
+                caller,
+                [](HWND window, LPARAM out) {
+                    if (!IsWindowVisible(window)) return TRUE;
+                    *reinterpret_cast<HWND*>(out) = window;
+                    return FALSE;
+                },
+                reinterpret_cast<LPARAM>(&found));
+            if (found) PostMessageW(found, WM_COMMAND, IDCANCEL, 0);
+        }
+    });
+    EXPECT_EQ(gfstrBrowseForFolder(0, "Pick", kBrowseOptions, ""), "");
+    done = true;
+    user.join();
+    EXPECT_TRUE(fx.debugStream.texts.empty());
+}
+#endif
 
 }  // namespace
 }  // namespace ostrel
