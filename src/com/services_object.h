@@ -31,6 +31,18 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                                VARIANT_BOOL* result) override;
     HRESULT STDMETHODCALLTYPE RunProgram(BSTR CommandLine, LONG Unused, BSTR ReadyFile,
                                          VARIANT_BOOL* result) override;
+    // Time conversion.
+    HRESULT STDMETHODCALLTYPE ConvertToGMT(DATE LocalDate, DATE* result) override;
+    HRESULT STDMETHODCALLTYPE NowGMT(DATE* result) override;
+    HRESULT STDMETHODCALLTYPE ConvertFromGMT(DATE GMTDate, DATE* result) override;
+
+    // Paths and folders. DeleteFile may be renamed DeleteFileW by the system's
+    // macro; the generated header is renamed alike, the type library is not.
+    HRESULT STDMETHODCALLTYPE GetLongPathFilename(BSTR PathFilename, BSTR* result) override;
+    HRESULT STDMETHODCALLTYPE BrowseForFolder(LONG OwnerHwnd, BSTR Title, LONG Options, BSTR Root,
+                                              BSTR* result) override;
+    HRESULT STDMETHODCALLTYPE SetCurrentFolder(BSTR NewFolder, BSTR* result) override;
+    HRESULT STDMETHODCALLTYPE DeleteFile(BSTR PathFilename, VARIANT_BOOL* result) override;
 };
 
 }  // namespace ostrel::com

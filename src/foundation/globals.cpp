@@ -1,5 +1,10 @@
 #include "foundation/globals.h"
 
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+
 #include "catalogue/part_numbers.h"
 #include "foundation/file_system_object.h"
 #include "foundation/startup.h"
@@ -15,10 +20,52 @@ OstrelGlobals::OstrelGlobals(OstrelGlobals&&) noexcept = default;
 OstrelGlobals& OstrelGlobals::operator=(OstrelGlobals&&) noexcept = default;
 OstrelGlobals::~OstrelGlobals() = default;
 
+namespace {
+
+// Each thread's globals, by thread. They are not a thread_local object of
+// their own: mingw's emulated thread-local storage frees a thread's block
+// before its thread_local destructors run, which then read freed memory.
+using GlobalsTable = std::map<std::thread::id, std::unique_ptr<OstrelGlobals>>;
+std::mutex tableLock;
+
+GlobalsTable& globalsTable() {
+    // Never destroyed: at unload the objects of threads that have not ended
+    // can't be released from the unloading one, as before.
+    static GlobalsTable* const table = std::make_unique<GlobalsTable>().release();
+    return *table;
+}
+
+// Drops the ending thread's globals; reads nothing of its own storage.
+struct ThreadEnd {
+    ThreadEnd() = default;
+    ThreadEnd(const ThreadEnd&) = delete;
+    ThreadEnd& operator=(const ThreadEnd&) = delete;
+    ~ThreadEnd() {
+        std::unique_ptr<OstrelGlobals> ending;
+        {
+            const std::lock_guard<std::mutex> hold(tableLock);
+            const auto found = globalsTable().find(std::this_thread::get_id());
+            if (found == globalsTable().end()) return;
+            ending = std::move(found->second);
+            globalsTable().erase(found);
+        }
+        // Destroyed outside the lock: its objects may still report on the way.
+    }
+};
+
+}  // namespace
+
 OstrelGlobals& apartment() {
     // One set per thread: each apartment that uses the component has its own.
-    thread_local OstrelGlobals globals;
-    return globals;
+    thread_local OstrelGlobals* globals = nullptr;
+    if (!globals) {
+        thread_local ThreadEnd end;
+        auto made = std::make_unique<OstrelGlobals>();
+        globals = made.get();
+        const std::lock_guard<std::mutex> hold(tableLock);
+        globalsTable()[std::this_thread::get_id()] = std::move(made);
+    }
+    return *globals;
 }
 
 clsLanguageText& gobjLanguageText() {

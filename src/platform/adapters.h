@@ -17,7 +17,10 @@ LocalePort& systemLocale();
 SystemInfoPort& systemInfo();
 NamedMutexPort& systemNamedMutex();
 XmlPort& systemXml();  // Windows: the platform's XML document object; Linux: pugixml
-ProgramSettingsPort& systemProgramSettings();
-ProcessPort& systemProcesses();  // Windows: HKCU; Linux: a per-user INI file
+ProgramSettingsPort& systemProgramSettings();  // Windows: HKCU; Linux: a per-user INI file
+ProcessPort& systemProcesses();
+TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C library
+PathPort& systemPaths();
+ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
 
 }  // namespace ostrel::platform

@@ -10,10 +10,13 @@
 #include "platform/locale_port.h"
 #include "platform/message_box_port.h"
 #include "platform/named_mutex_port.h"
+#include "platform/path_port.h"
 #include "platform/process_port.h"
 #include "platform/program_settings_port.h"
 #include "platform/registry_port.h"
+#include "platform/shell_port.h"
 #include "platform/system_info_port.h"
+#include "platform/time_zone_port.h"
 #include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
@@ -31,6 +34,9 @@ struct Ports {
     XmlPort* xml = nullptr;
     ProgramSettingsPort* programSettings = nullptr;
     ProcessPort* processes = nullptr;
+    TimeZonePort* timeZone = nullptr;
+    PathPort* paths = nullptr;
+    ShellPort* shell = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

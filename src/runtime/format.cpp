@@ -226,6 +226,29 @@ DateTimeParts fromCalendarValue(double value) {
     return parts;
 }
 
+double dateAdd(TimeInterval interval, int32_t number, double date) {
+    DateTimeParts parts = fromCalendarValue(date);
+    switch (interval) {
+        case TimeInterval::Hour:
+            parts.hour += number;
+            break;
+        case TimeInterval::Minute:
+            parts.minute += number;
+            break;
+        case TimeInterval::Second:
+            parts.second += number;
+            break;
+    }
+    return toCalendarValue(parts);
+}
+
+int weekdayFromMonday(double date) {
+    const DateTimeParts parts = fromCalendarValue(date);
+    // 1 Jan 1970 was a Thursday, the fourth day of a week from Monday.
+    const int64_t days = daysFromCivil(parts.year, parts.month, parts.day);
+    return static_cast<int>(days - floorDiv(days + 3, 7) * 7 + 3) + 1;
+}
+
 std::string formatDate(const DateTimeParts& parts, std::string_view format,
                        const LocaleFacts& locale) {
     std::string out;

@@ -39,6 +39,14 @@ struct DateTimeParts {
 double toCalendarValue(const DateTimeParts& parts);
 DateTimeParts fromCalendarValue(double value);
 
+// DateAdd with the intervals of the time of day: "h" hours, "n" minutes,
+// "s" seconds, added to the value's whole second; 5 outside the calendar.
+enum class TimeInterval { Hour, Minute, Second };
+double dateAdd(TimeInterval interval, int32_t number, double date);
+
+// Weekday(date, vbMonday): Monday is 1, Sunday 7.
+int weekdayFromMonday(double date);
+
 // Format(date, "hh:nn:ss dd-mmm-yyyy"): the tokens yyyy, yy, y (day of the
 // year), mmm, mm, m, dd, d, hh, h, nn, n, ss, s, in either case; "m" or
 // "mm" right after an hour token is the minute. Other characters are

@@ -1,6 +1,10 @@
 #include "fakes/fake_ports.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "runtime/automation_error.h"
+#include "runtime/format.h"
 
 namespace ostrel::fakes {
 
@@ -21,7 +25,131 @@ bool answerName(const std::map<int32_t, std::string>& names, int32_t format, std
     return true;
 }
 
+// Seconds from 1 Jan 1601, through the run time's calendar.
+constexpr int64_t kTicksPerSecond = 10'000'000;
+double firstDay() {
+    return toCalendarValue(DateTimeParts{1601, 1, 1});
+}
+
+uint32_t answerText(const std::string& text, std::string& buffer, uint32_t size) {
+    const auto needed = static_cast<uint32_t>(text.size() + 1);
+    if (needed > size || buffer.size() < needed) return needed;
+    buffer.replace(0, needed, text + '\0');
+    return needed - 1;
+}
+
+class FakeFolderItem : public platform::ShellFolderItem {
+  public:
+    explicit FakeFolderItem(std::string path) : path_(std::move(path)) {}
+    std::string path() override { return path_; }
+
+  private:
+    std::string path_;
+};
+
+class FakeFolder : public platform::ShellFolder {
+  public:
+    FakeFolder(std::string path, bool selfIsNothing)
+        : path_(std::move(path)), selfIsNothing_(selfIsNothing) {}
+    std::unique_ptr<platform::ShellFolderItem> self() override {
+        if (selfIsNothing_) return nullptr;
+        return std::make_unique<FakeFolderItem>(path_);
+    }
+
+  private:
+    std::string path_;
+    bool selfIsNothing_;
+};
+
+class FakeShellApplication : public platform::ShellApplication {
+  public:
+    explicit FakeShellApplication(FakeShell& shell) : shell_(shell) {}
+    std::unique_ptr<platform::ShellFolder> browseForFolder(int32_t owner, std::string_view title,
+                                                           int32_t options,
+                                                           std::string_view root) override {
+        shell_.calls.push_back(std::to_string(owner) + "|" + std::string(title) + "|" +
+                               std::to_string(options) + "|" + std::string(root));
+        if (!shell_.choice) return nullptr;
+        return std::make_unique<FakeFolder>(*shell_.choice, shell_.selfIsNothing);
+    }
+
+  private:
+    FakeShell& shell_;
+};
+
 }  // namespace
+
+bool FakeTimeZone::systemTimeToFileTime(const platform::SystemTimeRecord& time,
+                                        platform::FileTimeValue& fileTime) {
+    given.push_back(time);
+    const double date = toCalendarValue(
+        DateTimeParts{time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond});
+    fileTime = static_cast<platform::FileTimeValue>(std::llround((date - firstDay()) * 86400)) *
+               kTicksPerSecond;
+    return true;
+}
+
+bool FakeTimeZone::localFileTimeToFileTime(platform::FileTimeValue& fileTime) {
+    fileTime -= static_cast<platform::FileTimeValue>(int64_t{nowOffset} * 60 * kTicksPerSecond);
+    return true;
+}
+
+bool FakeTimeZone::fileTimeToSystemTime(platform::FileTimeValue fileTime,
+                                        platform::SystemTimeRecord& time) {
+    const auto seconds = static_cast<int64_t>(fileTime / kTicksPerSecond);
+    // Whole days and the seconds of the day apart, so no rounding can creep in.
+    const DateTimeParts parts =
+        fromCalendarValue(firstDay() + static_cast<double>(seconds / 86400));
+    const int64_t second = seconds % 86400;
+    time = platform::SystemTimeRecord{static_cast<int16_t>(parts.year),
+                                      static_cast<int16_t>(parts.month),
+                                      0,
+                                      static_cast<int16_t>(parts.day),
+                                      static_cast<int16_t>(second / 3600),
+                                      static_cast<int16_t>(second / 60 % 60),
+                                      static_cast<int16_t>(second % 60),
+                                      milliseconds};
+    return true;
+}
+
+bool FakeTimeZone::systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
+                                                   platform::SystemTimeRecord& local) {
+    given.push_back(universal);
+    if (zoneRefuses) return false;
+    platform::FileTimeValue fileTime = 0;
+    systemTimeToFileTime(universal, fileTime);
+    given.pop_back();
+    const int32_t offset = ruleOfDate ? ruleOfDate(universal) : 0;
+    fileTime += static_cast<platform::FileTimeValue>(int64_t{offset} * 60 * kTicksPerSecond);
+    return fileTimeToSystemTime(fileTime, local);
+}
+
+uint32_t FakePaths::getLongPathName(std::string_view path, std::string& buffer, uint32_t size) {
+    calls.push_back("long " + std::string(path) + " " + std::to_string(size));
+    if (longNameRaises) raise(453, "Can't find DLL entry point GetLongPathNameA in kernel32");
+    const auto found = longNames.find(path);
+    if (found == longNames.end()) return 0;
+    return answerText(found->second, buffer, size);
+}
+
+uint32_t FakePaths::getCurrentDirectory(uint32_t size, std::string& buffer) {
+    calls.push_back("cwd " + std::to_string(size));
+    if (currentDirectoryFails) return 0;
+    return answerText(currentDirectory, buffer, size);
+}
+
+bool FakePaths::setCurrentDirectory(std::string_view path) {
+    calls.push_back("cd " + std::string(path));
+    if (std::find(folders.begin(), folders.end(), path) == folders.end()) return false;
+    currentDirectory = path;
+    return true;
+}
+
+std::unique_ptr<platform::ShellApplication> FakeShell::createApplication() {
+    if (createFails) raise(kErrCantCreate);
+    ++created;
+    return std::make_unique<FakeShellApplication>(*this);
+}
 
 std::optional<std::string> FakeEnvironment::variable(std::string_view name) {
     const auto found = variables.find(name);

@@ -42,6 +42,9 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.xml = &platform::systemXml();
     ports.programSettings = &programSettings;
     ports.processes = &processes;
+    ports.timeZone = &timeZone;
+    ports.paths = &paths;
+    ports.shell = &shell;
     install();
 }
 

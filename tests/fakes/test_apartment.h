@@ -19,7 +19,8 @@ class TestApartment {
     // Installs the globals at once: ProgramData is the temporary folder, the
     // component folder the one of the test program (where the language file
     // lies), the registry an empty .reg registry, the XML document object the
-    // platform's own, the lock and the older settings store fakes.
+    // platform's own, the lock, the older settings store, the time zone, the path calls and
+    // the shell fakes.
     TestApartment();
     ~TestApartment();
     TestApartment(const TestApartment&) = delete;
@@ -48,6 +49,9 @@ class TestApartment {
     FakeNamedMutex namedMutex;
     FakeProgramSettings programSettings;
     FakeProcesses processes;
+    FakeTimeZone timeZone;
+    FakePaths paths;
+    FakeShell shell;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it

@@ -17,6 +17,9 @@ Ports defaultPorts() {
     ports.xml = &systemXml();
     ports.programSettings = &systemProgramSettings();
     ports.processes = &systemProcesses();
+    ports.timeZone = &systemTimeZone();
+    ports.paths = &systemPaths();
+    ports.shell = &systemShell();
     return ports;
 }
 

@@ -7,9 +7,10 @@
 // under a time limit), and the private memory may not keep growing with the
 // count. Usage: hostile_host [seed]. Exit code: number of failed checks.
 //
-// Two members are left out on purpose: ReleaseMutexHandle closes whatever
-// handle it is given, so random numbers would close the host's own handles,
-// which no component can guard against.
+// Members left out on purpose: ReleaseMutexHandle closes whatever handle
+// it is given, so random numbers would close the host's own handles, which
+// no component can guard against; BrowseForFolder waits for a user who is
+// not there; DeleteFile deletes whatever file it is named.
 #include <windows.h>
 
 #include <psapi.h>
@@ -256,7 +257,9 @@ std::vector<Member> members(IDispatch* object) {
         if (SUCCEEDED(info->GetFuncDesc(i, &func))) {
             BSTR name = nullptr;
             info->GetDocumentation(func->memid, &name, nullptr, nullptr, nullptr);
-            const bool excluded = name && std::wstring(name) == L"ReleaseMutexHandle";
+            const bool excluded = name && (std::wstring(name) == L"ReleaseMutexHandle" ||
+                                           std::wstring(name) == L"BrowseForFolder" ||
+                                           std::wstring(name) == L"DeleteFile");
             SysFreeString(name);
             if (!excluded) {
                 ids.push_back({func->memid, static_cast<WORD>(func->invkind),

@@ -1,0 +1,95 @@
+// time to-gmt|from-gmt|now-gmt: the time conversions, date-times written
+// "yyyy-mm-dd hh:nn:ss" both ways (a fraction of a second may follow the
+// seconds on the way in). An error the routine raises goes to stderr with
+// its number and description, exit 1.
+#include <cctype>
+#include <charconv>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "commands.h"
+#include "foundation/time_conversion.h"
+#include "runtime/automation_error.h"
+#include "runtime/format.h"
+
+namespace ostrel::cli {
+
+namespace {
+
+std::string given;
+CLI::App* toGmt = nullptr;
+CLI::App* fromGmt = nullptr;
+
+// "yyyy-mm-dd hh:nn:ss[.fff]" as a calendar value; nullopt when it isn't one.
+std::optional<double> readDate(std::string_view text) {
+    DateTimeParts parts;
+    int* const fields[] = {&parts.year, &parts.month,  &parts.day,
+                           &parts.hour, &parts.minute, &parts.second};
+    constexpr char separators[] = {0, '-', '-', ' ', ':', ':'};  // before each field
+    const char* at = text.data();
+    const char* const end = text.data() + text.size();
+    for (size_t i = 0; i < 6; ++i) {
+        if (i > 0 && (at == end || *at++ != separators[i])) return std::nullopt;
+        const auto [next, error] = std::from_chars(at, end, *fields[i]);
+        if (error != std::errc() || next == at) return std::nullopt;
+        at = next;
+    }
+    double fraction = 0;
+    if (at != end && *at == '.') {
+        const auto [next, error] = std::from_chars(at, end, fraction);
+        if (error != std::errc()) return std::nullopt;
+        at = next;
+    }
+    if (at != end || parts.month < 1 || parts.month > 12 || parts.day < 1 || parts.day > 31 ||
+        parts.hour > 23 || parts.minute > 59 || parts.second > 59) {
+        return std::nullopt;
+    }
+    try {
+        return toCalendarValue(parts) + fraction / 86400.0;
+    } catch (const AutomationError&) {
+        return std::nullopt;
+    }
+}
+
+int run() {
+    double result = 0;
+    try {
+        if (toGmt->parsed() || fromGmt->parsed()) {
+            const std::optional<double> date = readDate(given);
+            if (!date) {
+                std::cerr << "ostrel: not a date-time \"yyyy-mm-dd hh:nn:ss\": " << given << '\n';
+                return kExitUsage;
+            }
+            result = toGmt->parsed() ? gfdatConvertToGMT(*date) : gfdatConvertFromGMT(*date);
+        } else {
+            result = gfdatNowGMT();
+        }
+        std::cout << formatDate(fromCalendarValue(result), "yyyy-mm-dd hh:nn:ss", LocaleFacts{})
+                  << '\n';
+        return kExitOk;
+    } catch (const AutomationError& error) {
+        std::cerr << "ostrel: error " << error.number << ": " << error.description << '\n';
+        return kExitFailure;
+    }
+}
+
+[[maybe_unused]] const bool registered = registerCommand({
+    "time",
+    "Convert a local date-time to GMT (by the offset in force now) or back (by the rule of the "
+    "date), or print the time in GMT now",
+    [](CLI::App& app) {
+        app.require_subcommand(1, 1);
+        toGmt = app.add_subcommand("to-gmt", "The local date-time in GMT");
+        toGmt->add_option("DATETIME", given, "yyyy-mm-dd hh:nn:ss")->required();
+        fromGmt = app.add_subcommand("from-gmt", "The GMT date-time in local time");
+        fromGmt->add_option("DATETIME", given, "yyyy-mm-dd hh:nn:ss")->required();
+        app.add_subcommand("now-gmt", "The time now in GMT");
+    },
+    run,
+});
+
+}  // namespace
+
+}  // namespace ostrel::cli

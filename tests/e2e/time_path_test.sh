@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# The time and path commands end to end: bash time_path_test.sh /path/to/ostrel
+# shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
+set -u
+[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
+tool=("$@")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
+
+# US Eastern time: the rule of the date back from GMT, the offset now towards it.
+export TZ=EST5EDT,M3.2.0,M11.1.0
+run time from-gmt "2024-01-15 12:00:00"
+check "from-gmt in winter" '[ "$rc" = 0 ] && [ "$out" = "2024-01-15 07:00:00" ]'
+run time from-gmt "2024-07-15 12:00:00.6"
+check "from-gmt in summer, a fraction of a second rounds away" '[ "$out" = "2024-07-15 08:00:01" ]'
+run time to-gmt "2023-12-31 23:30:00"
+check "to-gmt: 23:30 on 31 December is next year" '[[ "$out" == "2024-01-01 0"[34]":30:00" ]]'
+run time to-gmt "2024-03-10 02:30:00"
+check "to-gmt: the skipped spring hour converts" '[ "$rc" = 0 ] && [[ "$out" == "2024-03-10 0"[67]":30:00" ]]'
+run time to-gmt "9999-12-31 23:59:59"
+check "to-gmt past the calendar: the error on stderr, exit 1" \
+    '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 5: [gfdatConvertToGMT]Invalid procedure call or argument" ]'
+run time to-gmt "2024-13-01 00:00:00"
+check "no date-time: a usage error" '[ "$rc" = 2 ]'
+TZ=UTC run time now-gmt
+check "now-gmt" '[ "$rc" = 0 ] && [ "$(date -u -d "$out" +%s)" -ge $(($(date -u +%s) - 5)) ]'
+
+# Paths: no short names here, a missing path comes back, files go.
+mkdir "$work/folder"
+run path long "$work/folder"
+check "path long of a folder" '[ "$out" = "$work/folder" ]'
+run path long "$work/missing"
+check "path long of a missing path" '[ "$out" = "$work/missing" ]'
+touch "$work/file" && chmod a-w "$work/file"
+run path delete "$work/file"
+check "path delete of a read-only file" '[ "$out" = True ] && [ ! -e "$work/file" ]'
+run path delete "$work/file"
+check "path delete of a missing file" '[ "$out" = True ]'
+run path browse --title "Pick one" --root "$work" <<<"$work/folder"
+check "path browse: the folder typed" '[ "$out" = "$work/folder" ] && [[ "$err" == "Pick one"* ]]'
+run path browse <<<"$work/missing
+"
+check "path browse: not a folder, then an empty answer cancels" '[ "$rc" = 0 ] && [ -z "$out" ]'
+run path browse </dev/null
+check "path browse: the end of input cancels" '[ "$rc" = 0 ] && [ -z "$out" ]'
+
+[ "$failures" = 0 ] && echo "time_path_test: all checks passed"
+exit "$failures"

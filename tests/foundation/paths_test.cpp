@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "fakes/error_number.h"
+#include "fakes/test_apartment.h"
+#include "foundation/globals.h"
+#include "foundation/paths.h"
+#include "platform/adapters.h"
+
+#ifdef _WIN32
+#include <windows.h>
+
+#include <atomic>
+#include <thread>
+#endif
+
+namespace ostrel {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+class Paths : public ::testing::Test {
+  protected:
+    const Calls& said() const { return fx.debugStream.texts; }
+    fakes::TestApartment fx;
+};
+
+TEST_F(Paths, LongPathNamesTakeTwoCallsAtMostTheSecondOneLarger) {
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\NOWHERE~1"), "C:\\NOWHERE~1");
+    fx.paths.longNames["C:\\PROGRA~1"] = "C:\\Program Files";
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\PROGRA~1"), "C:\\Program Files");
+    fx.paths.longNames["C:\\Program Files"] = "C:\\Program Files";
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\Program Files"), "C:\\Program Files");
+    const std::string deep = "C:\\" + std::string(300, 'd');
+    fx.paths.longNames["C:\\DDDDDD~1"] = deep;
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\DDDDDD~1"), deep);
+    EXPECT_EQ(fx.paths.calls, (Calls{"long C:\\NOWHERE~1 260", "long C:\\PROGRA~1 260",
+                                     "long C:\\Program Files 260", "long C:\\DDDDDD~1 260",
+                                     "long C:\\DDDDDD~1 305"}))
+        << "the second call one larger than the size the first asked for";
+    EXPECT_TRUE(said().empty());
+}
+
+TEST_F(Paths, ALongNameCallThatFailsCountsAsNoAnswerTheRestIsLogged) {
+    fx.paths.longNameRaises = true;
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\PROGRA~1"), "C:\\PROGRA~1");
+    fx.ports.paths = nullptr;
+    fx.install();
+    EXPECT_EQ(gfstrGetLongPathFilename("C:\\PROGRA~1"), "C:\\PROGRA~1");
+    EXPECT_TRUE(said().empty()) << "a system without the call";
+
+    fx.ports.paths = &fx.paths;
+    fx.install();
+    fx.paths.longNameRaises = false;
+    fx.paths.longNames["X"] = std::string(40000, 'x');  // cut at a NUL beyond 32767: overflow
+    EXPECT_EQ(gfstrGetLongPathFilename("X"), "X");
+    EXPECT_EQ(said(),
+              Calls{"[gfstrGetLongPathFilename] vstrPathFilename: 'X' ERROR: Overflow\r\n"});
+}
+
+TEST_F(Paths, TheFolderDialogueGivesThePathAsTheShellDoesOrNothing) {
+    EXPECT_EQ(gfstrBrowseForFolder(0, "Pick", kBrowseOptions, "C:\\"), "") << "cancelled";
+    fx.shell.choice = "C:\\Data\\";
+    EXPECT_EQ(gfstrBrowseForFolder(7, "", 65, ""), "C:\\Data\\") << "no separator removed";
+    fx.shell.choice = "";
+    EXPECT_EQ(gfstrBrowseForFolder(0, "", 65, ""), "") << "no separator added";
+    fx.shell.choice = "C:\\Data";
+    fx.shell.selfIsNothing = true;
+    EXPECT_EQ(gfstrBrowseForFolder(0, "", 65, ""), "");
+    EXPECT_EQ(fx.shell.created, 4) << "a new shell object for each call";
+    EXPECT_EQ(fx.shell.calls.at(0), "0|Pick|65|C:\\");
+    EXPECT_TRUE(said().empty());
+
+    fx.shell.createFails = true;
+    EXPECT_EQ(gfstrBrowseForFolder(0, "", 65, ""), "");
+    EXPECT_EQ(said(), Calls{"ERROR: 429 - ActiveX component can't create object\r\n"});
+}
+
+TEST_F(Paths, SetCurrentFolderGivesTheOldFolderEvenWhenTheChangeFails) {
+    fx.paths.folders = {"D:\\Other"};
+    EXPECT_EQ(gfstrSetCurrentFolder(""), "");
+    EXPECT_TRUE(fx.paths.calls.empty()) << "an empty name changes nothing";
+    EXPECT_EQ(gfstrSetCurrentFolder("D:\\Missing"), "C:\\Work");
+    EXPECT_EQ(fx.paths.currentDirectory, "C:\\Work");
+    EXPECT_EQ(gfstrSetCurrentFolder("D:\\Other"), "C:\\Work");
+    EXPECT_EQ(gfstrSetCurrentFolder("C:\\Work"), "D:\\Other") << "the way back";
+    EXPECT_EQ(fx.paths.calls.at(0), "cwd 260");
+
+    fx.paths.currentDirectoryFails = true;
+    fx.paths.folders.push_back("C:\\Work");
+    EXPECT_EQ(gfstrSetCurrentFolder("D:\\Other"), std::string(261, '\0'))
+        << "kept: the buffer of NULs";
+    EXPECT_EQ(fx.paths.currentDirectory, "D:\\Other") << "changed all the same";
+
+    fx.ports.paths = nullptr;
+    fx.install();
+    EXPECT_EQ(fakes::errorNumberOf([] { gfstrSetCurrentFolder("D:\\Other"); }), kErrCantCreate);
+}
+
+TEST_F(Paths, DeleteFileSaysWhetherTheFileIsGoneNotWhoRemovedIt) {
+    const std::filesystem::path file = fx.programData / "read-only.txt";
+    fakes::writeBytes(file, "x");
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    EXPECT_FALSE(apartment().gobjFileSystem) << "Main has not run";
+    EXPECT_TRUE(gfblnDeleteFile(fakes::utf8Of(file)));
+    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_TRUE(apartment().gobjFileSystem) << "made on the way";
+    EXPECT_TRUE(gfblnDeleteFile(fakes::utf8Of(file))) << "never there";
+
+    fx.ports.fileSystem = nullptr;
+    fx.install();
+    EXPECT_FALSE(gfblnDeleteFile(fakes::utf8Of(file))) << "none can be made";
+}
+
+// The real calls.
+TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
+    fakes::TestApartment fx;
+    fx.ports.paths = &platform::systemPaths();
+    fx.install();
+    const std::string folder = fakes::utf8Of(std::filesystem::canonical(fx.programData));
+    EXPECT_EQ(gfstrGetLongPathFilename(folder), folder);
+    const std::string missing = folder + "/missing";
+    EXPECT_EQ(gfstrGetLongPathFilename(missing), missing);
+
+    const std::string before = gfstrSetCurrentFolder(folder);
+    EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(fx.programData));
+    EXPECT_EQ(gfstrSetCurrentFolder(missing), folder) << "the old one, as if all went well";
+    EXPECT_EQ(gfstrSetCurrentFolder(before), folder);
+    EXPECT_EQ(fakes::utf8Of(std::filesystem::current_path()), before);
+    EXPECT_TRUE(fx.debugStream.texts.empty());
+
+#ifdef _WIN32
+    // Beyond 260 characters the A call refuses the path (the two calls are
+    // the fakes' test): it comes back as given, and nothing is logged.
+    std::wstring deep = L"\\\\?\\" + std::filesystem::path(folder).wstring();
+    for (wchar_t letter = L'a'; letter < L'g'; ++letter) {
+        deep += L"\\" + std::wstring(50, letter);
+        ASSERT_TRUE(CreateDirectoryW(deep.c_str(), nullptr)) << GetLastError();
+    }
+    const std::string longForm = fakes::utf8Of(deep.substr(4));
+    ASSERT_GT(longForm.size(), 300u);
+    EXPECT_EQ(gfstrGetLongPathFilename(longForm), longForm);
+    EXPECT_TRUE(fx.debugStream.texts.empty());
+
+    // A file held open without delete sharing, as another program holds it.
+    const std::string held = folder + "\\held.txt";
+    HANDLE handle = CreateFileA(held.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(handle, INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(gfblnDeleteFile(held));
+    CloseHandle(handle);
+    EXPECT_TRUE(gfblnDeleteFile(held));
+#endif
+}
+
+#ifdef _WIN32
+// The shell's own object, made by its name and called late bound: no error
+// on the way. A dialogue that shows is cancelled by a second thread, as a
+// user would; without a display Wine's shell answers Nothing at once.
+TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
+    fakes::TestApartment fx;
+    fx.ports.shell = &platform::systemShell();
+    fx.install();
+    const DWORD caller = GetCurrentThreadId();
+    std::atomic<bool> done{false};
+    std::thread user([caller, &done] {
+        while (!done) {
+            Sleep(50);
+            HWND found = nullptr;
+            EnumThreadWindows(
+                caller,
+                [](HWND window, LPARAM out) {
+                    if (!IsWindowVisible(window)) return TRUE;
+                    *reinterpret_cast<HWND*>(out) = window;
+                    return FALSE;
+                },
+                reinterpret_cast<LPARAM>(&found));
+            if (found) PostMessageW(found, WM_COMMAND, IDCANCEL, 0);
+        }
+    });
+    EXPECT_EQ(gfstrBrowseForFolder(0, "Pick", kBrowseOptions, ""), "");
+    done = true;
+    user.join();
+    EXPECT_TRUE(fx.debugStream.texts.empty());
+}
+#endif
+
+}  // namespace
+}  // namespace ostrel
