@@ -150,58 +150,59 @@ class FakeProcesses : public platform::ProcessPort {
 
   private:
     size_t next_ = 0;
-    // The calendar calls in a zone of the test's making, offsets in minutes
-    // east of GMT: nowOffset is the offset in force now, ruleOfDate the offset
-    // on a GMT date. The way back to a record fills the milliseconds with
-    // `milliseconds`; every record handed in is kept.
-    class FakeTimeZone : public platform::TimeZonePort {
-      public:
-        int32_t nowOffset = 0;
-        std::function<int32_t(const platform::SystemTimeRecord& universal)> ruleOfDate;
-        bool zoneRefuses = false;
-        int16_t milliseconds = 0;
-        std::vector<platform::SystemTimeRecord> given;
+};
 
-        bool systemTimeToFileTime(const platform::SystemTimeRecord& time,
-                                  platform::FileTimeValue& fileTime) override;
-        bool localFileTimeToFileTime(platform::FileTimeValue& fileTime) override;
-        bool fileTimeToSystemTime(platform::FileTimeValue fileTime,
-                                  platform::SystemTimeRecord& time) override;
-        bool systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
-                                             platform::SystemTimeRecord& local) override;
-    };
+// The calendar calls in a zone of the test's making, offsets in minutes
+// east of GMT: nowOffset is the offset in force now, ruleOfDate the offset
+// on a GMT date. The way back to a record fills the milliseconds with
+// `milliseconds`; every record handed in is kept.
+class FakeTimeZone : public platform::TimeZonePort {
+  public:
+    int32_t nowOffset = 0;
+    std::function<int32_t(const platform::SystemTimeRecord& universal)> ruleOfDate;
+    bool zoneRefuses = false;
+    int16_t milliseconds = 0;
+    std::vector<platform::SystemTimeRecord> given;
 
-    // Paths of the test's making: an existing path has an entry in longNames
-    // (its long form); folders lists the folders the current directory may
-    // become. Calls are written down ("long PATH SIZE", "cwd SIZE", "cd PATH").
-    // A long-name call may be made to raise 453, as a missing entry point does.
-    class FakePaths : public platform::PathPort {
-      public:
-        std::map<std::string, std::string, std::less<>> longNames;
-        std::vector<std::string> folders;
-        std::string currentDirectory = "C:\\Work";
-        bool currentDirectoryFails = false;
-        bool longNameRaises = false;
-        std::vector<std::string> calls;
+    bool systemTimeToFileTime(const platform::SystemTimeRecord& time,
+                              platform::FileTimeValue& fileTime) override;
+    bool localFileTimeToFileTime(platform::FileTimeValue& fileTime) override;
+    bool fileTimeToSystemTime(platform::FileTimeValue fileTime,
+                              platform::SystemTimeRecord& time) override;
+    bool systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
+                                         platform::SystemTimeRecord& local) override;
+};
 
-        uint32_t getLongPathName(std::string_view path, std::string& buffer,
-                                 uint32_t size) override;
-        uint32_t getCurrentDirectory(uint32_t size, std::string& buffer) override;
-        bool setCurrentDirectory(std::string_view path) override;
-    };
+// Paths of the test's making: an existing path has an entry in longNames
+// (its long form); folders lists the folders the current directory may
+// become. Calls are written down ("long PATH SIZE", "cwd SIZE", "cd PATH").
+// A long-name call may be made to raise 453, as a missing entry point does.
+class FakePaths : public platform::PathPort {
+  public:
+    std::map<std::string, std::string, std::less<>> longNames;
+    std::vector<std::string> folders;
+    std::string currentDirectory = "C:\\Work";
+    bool currentDirectoryFails = false;
+    bool longNameRaises = false;
+    std::vector<std::string> calls;
 
-    // The folder dialogue answering as the test says: choice nullopt is a
-    // cancel; selfIsNothing a folder whose Self is Nothing. Creations are
-    // counted, and each BrowseForFolder written down as "owner|title|options|root".
-    class FakeShell : public platform::ShellPort {
-      public:
-        std::optional<std::string> choice;
-        bool selfIsNothing = false;
-        bool createFails = false;
-        int created = 0;
-        std::vector<std::string> calls;
+    uint32_t getLongPathName(std::string_view path, std::string& buffer, uint32_t size) override;
+    uint32_t getCurrentDirectory(uint32_t size, std::string& buffer) override;
+    bool setCurrentDirectory(std::string_view path) override;
+};
 
-        std::unique_ptr<platform::ShellApplication> createApplication() override;
-    };
+// The folder dialogue answering as the test says: choice nullopt is a
+// cancel; selfIsNothing a folder whose Self is Nothing. Creations are
+// counted, and each BrowseForFolder written down as "owner|title|options|root".
+class FakeShell : public platform::ShellPort {
+  public:
+    std::optional<std::string> choice;
+    bool selfIsNothing = false;
+    bool createFails = false;
+    int created = 0;
+    std::vector<std::string> calls;
+
+    std::unique_ptr<platform::ShellApplication> createApplication() override;
+};
 
 }  // namespace ostrel::fakes
