@@ -17,23 +17,22 @@ using namespace ostrel::platform;
 
 constexpr int32_t kRead = 131097;  // KEY_READ
 
-// Opens every sub-key by the name its parent reports and reads a value or two.
-void walk(RegFileRegistry& registry, int32_t hive, const std::string& path, int depth) {
+// Opens each sub-key by the name its parent reports and reads a value or
+// two. Bounded, so that a deep tree doesn't turn each run into a long walk.
+void walk(RegFileRegistry& registry, int32_t hive, const std::string& path, int& budget) {
     int32_t code = -1;
     const auto key = registry.open(hive, path, kRead, code);
     require(key != nullptr && code == 0, "a reported key can't be opened: " + path);
     (void)key->stringValue("");
     (void)key->dwordValue("");
-    if (depth == 64) return;
-    std::string previous;
-    for (uint32_t i = 0;; ++i) {
+    for (uint32_t i = 0; budget > 0; ++i, --budget) {
         const auto name = key->subKeyName(i);
         if (!name) break;
         require(!name->empty() && name->find('\\') == std::string::npos,
                 "a sub-key name that is no path segment under " + path);
         (void)key->stringValue(*name);
         (void)key->dwordValue(*name);
-        walk(registry, hive, path.empty() ? *name : path + "\\" + *name, depth + 1);
+        walk(registry, hive, path.empty() ? *name : path + "\\" + *name, budget);
     }
 }
 
@@ -52,7 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     for (int32_t hive :
          {kHiveClassesRoot, kHiveCurrentUser, kHiveLocalMachine, kHiveUsers, kHiveCurrentConfig}) {
-        walk(registry, hive, "", 0);
+        int budget = 32;
+        walk(registry, hive, "", budget);
     }
     return 0;
 }

@@ -41,8 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     (void)ostrel::gfstrGetApplicationSetting("Ostrel", section, key, "default");
     (void)ostrel::gfstrGetApplicationSetting("Ostrel", "Settings", "OutputDebugString", "1");
     ostrel::gsubSaveApplicationSetting("Ostrel", section, key, value);
-    ostrel::apartment().gobjSettingsDoc.reset();
-    (void)ostrel::gfstrGetApplicationSetting("Ostrel", section, key, "default");
     // What the fakes wrote down would otherwise grow with every run.
     fx.debugStream.texts.clear();
     fx.namedMutex.calls.clear();
