@@ -29,7 +29,9 @@ older='HKEY_CURRENT_USER\Software\VB and VBA Program Settings'
 #     a display device key of a new name under Control\Video, counts up
 #     Control\ServiceCurrent, rewrites the DriverDateData of the display
 #     adapter and drops the default values of the display adapter and
-#     monitor classes.
+#     monitor classes;
+#   - the system parameters Wine keeps for the current session only, such as
+#     the system colours, under its Temporary System Parameters key.
 wine_churn=(
   'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\NetworkCards'
   'HKEY_LOCAL_MACHINE\Software\Wow6432Node\Microsoft\Windows NT\CurrentVersion\NetworkCards'
@@ -37,6 +39,7 @@ wine_churn=(
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\ServiceCurrent'
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Class\{4D36E968-E325-11CE-BFC1-08002BE10318}'
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Class\{4D36E96E-E325-11CE-BFC1-08002BE10318}'
+  'HKEY_CURRENT_USER\Software\Wine\Temporary System Parameters'
 )
 
 # One more is made to happen before the first export rather than set aside:
