@@ -210,6 +210,9 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
     EXPECT_EQ(errorOf([&] { registry.loadFile(bad); }).rfind(bad + ":4: ", 0), 0u);
     const std::string missing = fakes::utf8Of(fx.programData / "missing.reg");
     EXPECT_EQ(errorOf([&] { registry.loadFile(missing); }).rfind(missing + ": ", 0), 0u);
+    // A folder given as the file is named too, rather than failing an allocation.
+    const std::string folder = fakes::utf8Of(fx.programData);
+    EXPECT_EQ(errorOf([&] { registry.loadFile(folder); }).rfind(folder + ": ", 0), 0u);
     EXPECT_FALSE(openKey(registry, "Good"));
 }
 

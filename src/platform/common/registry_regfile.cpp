@@ -7,6 +7,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -651,15 +652,24 @@ RegFileRegistry::~RegFileRegistry() = default;
 
 void RegFileRegistry::loadFile(const std::string& path) {
     // The name is UTF-8; through a path, Windows opens it by its wide form.
-    std::ifstream in(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                     std::ios::binary);
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    // A folder opens as a stream on Linux, and its "size" is no size.
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored)) {
+        throw RegFileError(path, 0, "a folder, not a file");
+    }
+    std::ifstream in(file, std::ios::binary);
     if (!in) throw RegFileError(path, 0, "can't open the file");
     in.seekg(0, std::ios::end);
     const std::streamoff size = in.tellg();
     in.seekg(0, std::ios::beg);
     std::string bytes;
     if (size > 0) {
-        bytes.resize(static_cast<std::size_t>(size));
+        try {
+            bytes.resize(static_cast<std::size_t>(size));
+        } catch (const std::bad_alloc&) {
+            throw RegFileError(path, 0, "the file is too large to read");
+        }
         in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
     if (!in && size > 0) throw RegFileError(path, 0, "can't read the file");
