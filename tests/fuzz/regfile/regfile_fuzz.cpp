@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     for (int32_t hive :
          {kHiveClassesRoot, kHiveCurrentUser, kHiveLocalMachine, kHiveUsers, kHiveCurrentConfig}) {
-        int budget = 32;
+        int budget = 8;
         walk(registry, hive, "", budget);
     }
     return 0;
