@@ -1,6 +1,6 @@
 # Sourced by scripts/test and tests/wine/*.sh: how each bitness is started.
 # Once wine32 is installed, `wine` is the 32-bit loader, and a built-in named
-# without a path (`wine cscript`, `wine reg`) runs in its 32-bit form and sees
+# without a path (cscript or reg after the loader) runs in its 32-bit form and sees
 # the 32-bit registry view. So a 64-bit built-in starts through the 64-bit
 # loader by its system32 path, a 32-bit one by its syswow64 path, and neither
 # is ever named bare.

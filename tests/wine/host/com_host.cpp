@@ -15,38 +15,13 @@
 #include <initguid.h>
 
 #include "com/ostrel_h.h"
+#include "host_support.h"
+
+using host::check;
+using host::controlError;
+using host::Ptr;
 
 namespace {
-
-int failures = 0;
-
-void check(bool ok, const char* what) {
-    std::printf("%s: %s\n", ok ? "ok  " : "FAIL", what);
-    if (!ok) ++failures;
-}
-
-constexpr HRESULT controlError(int number) {
-    return static_cast<HRESULT>(0x800A0000u | static_cast<unsigned>(number));
-}
-
-template <class T>
-struct Ptr {
-    T* p = nullptr;
-    Ptr() = default;
-    Ptr(const Ptr&) = delete;
-    Ptr& operator=(const Ptr&) = delete;
-    ~Ptr() { reset(); }
-    void reset() {
-        if (p) p->Release();
-        p = nullptr;
-    }
-    T** put() {
-        reset();
-        return &p;
-    }
-    void** putVoid() { return reinterpret_cast<void**>(put()); }
-    T* operator->() const { return p; }
-};
 
 const IID kOlderProductIids[] = {
     {0x20CFA9FE, 0x4058, 0x4CD2, {0x8D, 0xB5, 0xB7, 0xDD, 0xA5, 0xA7, 0xD3, 0x90}},
@@ -327,6 +302,6 @@ int main(int argc, char** argv) {
     errorsThroughInvoke();
     unloadOnlyWhenUnused();
     CoUninitialize();
-    std::printf("%d failed\n", failures);
-    return failures;
+    std::printf("%d failed\n", host::failures);
+    return host::failures;
 }
