@@ -41,7 +41,9 @@ has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
 
-# hold NAME MS: a process that holds the lock; returns once it has it.
+# hold NAME MS: a process that holds the lock; returns once it has it. The
+# holds are long and end by a kill, so that a slow start of the next process
+# (a loaded machine, Wine) never outlasts them.
 hold() {
   "${tool[@]}" mutex --hold "$2" "$1" >"$work/holder" 2>/dev/null &
   disown  # killed on purpose below: no word from the shell about it
@@ -91,7 +93,7 @@ rm -f "$data/debug_ot" "$data/ot.log"
 
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
-hold "$name" 4000
+hold "$name" 60000
 start=$(now_ms)
 run --trace mutex --timeout 500 "$name"
 took=$(($(now_ms) - start))
@@ -101,10 +103,10 @@ run --trace mutex --timeout 0 "$name"
 check "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
 # A waiter keeps the lock in being (on Windows it goes with its last
 # handle) while its holder is killed: the waiter gets it, abandoned.
-( "${tool[@]}" --trace mutex --timeout 5000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
+( "${tool[@]}" --trace mutex --timeout 30000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
 waiter=$!
 sleep 0.5
-gone "mutex --hold 4000 $name"
+gone "mutex --hold 60000 $name"
 wait "$waiter"
 rc=$(cat "$work/waiter.rc")
 out=$(tr -d '\r' <"$work/waiter")
@@ -114,10 +116,10 @@ run --trace mutex "$name"
 check "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned'
 
 # The settings lock held past 3000 ms during a first read: the default and the message.
-hold QUORL_OSTREL_SETTINGS 6000
+hold QUORL_OSTREL_SETTINGS 60000
 run --trace settings get Settings Colour --default d
 check "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "'
-gone "mutex --hold 6000 QUORL_OSTREL_SETTINGS"
+gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 
 # Four writers saving distinct keys at once: every save reloads under the
 # lock, so nothing is lost.
