@@ -157,6 +157,14 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
 }
 
 #ifdef _WIN32
+// The first visible window of a thread, for EnumThreadWindows (a callback
+// of the system's calling convention, which a lambda isn't on x86).
+BOOL CALLBACK firstVisible(HWND window, LPARAM out) {
+    if (!IsWindowVisible(window)) return TRUE;
+    *reinterpret_cast<HWND*>(out) = window;
+    return FALSE;
+}
+
 // The shell's own object, made by its name and called late bound: no error
 // on the way. A dialogue that shows is cancelled by a second thread, as a
 // user would; without a display Wine's shell answers Nothing at once.
@@ -170,14 +178,7 @@ TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
         while (!done) {
             Sleep(50);
             HWND found = nullptr;
-            EnumThreadWindows(
-                caller,
-                [](HWND window, LPARAM out) {
-                    if (!IsWindowVisible(window)) return TRUE;
-                    *reinterpret_cast<HWND*>(out) = window;
-                    return FALSE;
-                },
-                reinterpret_cast<LPARAM>(&found));
+            EnumThreadWindows(caller, firstVisible, reinterpret_cast<LPARAM>(&found));
             if (found) PostMessageW(found, WM_COMMAND, IDCANCEL, 0);
         }
     });
