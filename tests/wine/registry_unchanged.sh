@@ -31,7 +31,10 @@ older='HKEY_CURRENT_USER\Software\VB and VBA Program Settings'
 #     adapter and drops the default values of the display adapter and
 #     monitor classes;
 #   - the system parameters Wine keeps for the current session only, such as
-#     the system colours, under its Temporary System Parameters key.
+#     the system colours, under its Temporary System Parameters key;
+#   - its plug and play links and unlinks the device interfaces of its
+#     virtual display and input devices as sessions come and go (the
+#     "Linked" values under Control\DeviceClasses).
 wine_churn=(
   'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\NetworkCards'
   'HKEY_LOCAL_MACHINE\Software\Wow6432Node\Microsoft\Windows NT\CurrentVersion\NetworkCards'
@@ -40,6 +43,7 @@ wine_churn=(
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Class\{4D36E968-E325-11CE-BFC1-08002BE10318}'
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Class\{4D36E96E-E325-11CE-BFC1-08002BE10318}'
   'HKEY_CURRENT_USER\Software\Wine\Temporary System Parameters'
+  'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\DeviceClasses'
 )
 
 # One more is made to happen before the first export rather than set aside:
