@@ -22,9 +22,11 @@ std::string_view field(std::string_view& input) {
     return taken;
 }
 
+// Made once and never destroyed: at exit this thread's globals are gone
+// before the static objects, and the apartment's destructor would reach them.
 ostrel::fakes::TestApartment& testApartment() {
-    static ostrel::fakes::TestApartment fx;
-    return fx;
+    static auto* const fx = new ostrel::fakes::TestApartment();
+    return *fx;
 }
 
 }  // namespace
