@@ -267,6 +267,8 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
         expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n") + valueLine + "\n", 3);
     }
     expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n  02,\\\n  0g\n", 5);
+    // A key name with a NUL inside (a fuzzing finding: it was listed and couldn't be opened).
+    expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\S\0O]\n", 34), 2);
     // A hex list whose last line goes on to nothing.
     expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n\n", 3);
     // The system's registry takes 512 levels and no more.

@@ -755,6 +755,9 @@ class Parser {
         if (close == std::string_view::npos) fail("a key name must end with ']'");
         if (!trimLeft(line.substr(close + 1)).empty()) fail("unexpected text after ']'");
         std::string_view path = line.substr(1, close - 1);
+        // The system's key names end at a NUL: one inside a name names no key.
+        if (path.find('\0') != std::string_view::npos)
+            fail("a key name can't hold a NUL character");
         bool erase = false;
         if (!path.empty() && path.front() == '-') {
             erase = true;
