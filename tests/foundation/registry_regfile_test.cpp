@@ -235,6 +235,12 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
                                   : std::optional<std::string>(leaf == "zed" ? "Zed" : leaf);
         EXPECT_EQ(key->stringValue("N"), expected) << path;
     }
+    // A key right under the root, then a child named like the key's next
+    // sibling: the child is looked for, not the sibling taken (a fuzzing find).
+    EXPECT_TRUE(openKey(registry, "K"));
+    EXPECT_FALSE(openKey(registry, "K\\L"));
+    EXPECT_TRUE(openKey(registry, "K"));
+    EXPECT_EQ(openKey(registry, "L")->subKeyName(0), "Zed");
     EXPECT_EQ(openKey(registry, "")->stringValue("Root"), "r");
     EXPECT_TRUE(openKey(registry, "k\\zed\\"));
     EXPECT_FALSE(openKey(registry, "K\\Missing"));

@@ -1046,12 +1046,18 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
         Node* parent = nullptr;
         std::size_t place = 0;
         Node* node = nullptr;
-        const std::size_t cut = path.rfind('\\');
-        if (sameTree && last.parent.get() != nullptr && cut != std::string_view::npos &&
-            std::string_view(last.path).substr(0, last.path.rfind('\\')) == path.substr(0, cut)) {
+        // A key's parent path: empty for a key right under the hive's root.
+        const auto parentPath = [](std::string_view of) {
+            const std::size_t cut = of.rfind('\\');
+            return cut == std::string_view::npos ? std::string_view() : of.substr(0, cut);
+        };
+        const std::string_view parentOfPath = parentPath(path);
+        if (sameTree && last.parent.get() != nullptr && parentPath(last.path) == parentOfPath) {
             const std::vector<NodeRef>& siblings = last.parent->children;
+            const std::string_view leaf =
+                path.substr(parentOfPath.empty() ? 0 : parentOfPath.size() + 1);
             if (last.place + 1 < siblings.size() &&
-                compareNames(siblings[last.place + 1]->name, path.substr(cut + 1)) == 0) {
+                compareNames(siblings[last.place + 1]->name, leaf) == 0) {
                 parent = last.parent.get();
                 place = last.place + 1;
                 node = siblings[place].get();
