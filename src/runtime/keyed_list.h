@@ -85,6 +85,8 @@ class KeyedList {
     void eraseAt(size_t at) {
         if (entries_[at].key) index_.erase(lowerCase(*entries_[at].key));
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
+        // Emptied from the end, as a collection is torn down, nothing moves.
+        if (at == entries_.size()) return;
         for (auto& [folded, where] : index_) {
             if (where > at) --where;
         }
