@@ -47,9 +47,15 @@ int run() {
     catalogue->ReadAll();
     const std::vector<Ref<wncSoftwareProduct>> products = catalogue->items();
     if (json) {
-        Record list = Record::array();
-        for (const auto& product : products) list.push_back(productRecord(*product));
-        std::cout << list.dump(2) << '\n';
+        // Written record by record: a large catalogue is never held twice.
+        JsonArrayWriter out(std::cout);
+        for (const auto& product : products) {
+            out.beginObject();
+            forEachProductField(*product,
+                                [&](const char* key, const auto& value) { out.field(key, value); });
+            out.endObject();
+        }
+        out.finish();
         return kExitOk;
     }
     std::cout << "Registry: " << registrySource() << "\n\n";

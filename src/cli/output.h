@@ -2,7 +2,9 @@
 // or, for scripts, as one JSON object with the same keys in the same order.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -12,5 +14,26 @@ using Record = nlohmann::ordered_json;
 
 // Text form: keys padded to the longest, booleans as True/False, null as Nothing.
 void printRecord(std::ostream& out, const Record& record, bool json);
+
+// A JSON array of flat objects written as it goes, laid out as Record's
+// dump(2) lays it out, so that a long list is never held whole. Text that
+// isn't UTF-8 raises as dump() does.
+class JsonArrayWriter {
+  public:
+    explicit JsonArrayWriter(std::ostream& out) : out_(out) {}
+    void beginObject();
+    void field(std::string_view key, std::string_view text);
+    void field(std::string_view key, int64_t number);
+    void endObject();
+    // Closes the array and ends the line.
+    void finish();
+
+  private:
+    void key(std::string_view key);
+
+    std::ostream& out_;
+    bool anyObject_ = false;
+    bool anyField_ = false;
+};
 
 }  // namespace ostrel::cli

@@ -23,6 +23,18 @@ json="$(run catalogue --json)"
 expect "catalogue --json" '"ProductName": "Alpha" "ProductName": "Gamma" "ProductName": "Beta" "VersionMinor": 0 "VersionMinor": 123 "VersionMinor": 30 "ApplicationPath": "\\" "ApplicationPath": "C:\\Gamma\\" "ApplicationPath": "C:\\Beta\\\\" ' \
     "$(field ProductName <<<"$json")$(field VersionMinor <<<"$json")$(field ApplicationPath <<<"$json")"
 
+# Written record by record, laid out as one JSON dump would be, escapes and
+# all: a name with quotes, a backslash, a tab and letters beyond ASCII.
+escapes="$(mktemp)"
+printf 'Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Say "\xc3\xa4"\t!]\n"PartNumber"="a-1"\n"ApplicationPath"="\\\\x"\n' >"$escapes"
+expect "a name that needs escapes" '"ProductName": "Say \"ä\"\t!", "ApplicationPath": "\\x\\",' \
+    "$("$ostrel" --registry "$escapes" catalogue --json | grep -E 'ProductName|ApplicationPath' | sed 's/^ *//' | paste -sd ' ')"
+for file in "$registry" "$escapes"; do
+    expect "catalogue --json as one dump: $(basename "$file")" "" "$("$ostrel" --registry "$file" catalogue --json |
+        python3 -c 'import json, sys; d = sys.stdin.read(); print("" if json.dumps(json.loads(d), indent=2, ensure_ascii=False) + "\n" == d else d)')"
+done
+rm -f "$escapes"
+
 stderr="$(mktemp)"
 text="$(run --trace catalogue 2>"$stderr")"
 expect "catalogue: first line and rows" "Registry: the registry file(s) $registry|a-1 B-10 b-2" \
