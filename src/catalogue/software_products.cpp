@@ -205,6 +205,9 @@ void wncSoftwareProducts::indexAppended(const Ref<wncSoftwareProduct>& product) 
 }
 
 void wncSoftwareProducts::invalidateIndex() const {
+    // An empty map's clear() still wipes every bucket: a collection emptied
+    // entry by entry would pay for that each time.
+    if (!partIndexValid_ && partIndex_.empty()) return;
     partIndexValid_ = false;
     partIndex_.clear();
 }

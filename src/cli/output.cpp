@@ -14,28 +14,49 @@ std::string textOf(const Record& value) {
     return value.dump();
 }
 
-// A JSON string as dump() writes it: quoted, escaped, checked for UTF-8.
-std::string quoted(std::string_view text) {
-    std::string out;
-    out.reserve(text.size() + 2);
+// Appends a JSON string as dump() writes it: quoted, escaped, checked for UTF-8.
+void appendQuoted(std::string& out, std::string_view text) {
     out += '"';
-    // The plain runs go in whole; the few characters that need it are escaped
-    // through the library, which also raises on text that isn't UTF-8.
-    std::size_t run = 0;
-    for (std::size_t at = 0; at <= text.size(); ++at) {
-        const auto c = at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
-        if (at < text.size() && c >= 0x20 && c != '"' && c != '\\' && c < 0x80) continue;
-        out.append(text.substr(run, at - run));
+    const auto plain = [](char c) {
+        const auto code = static_cast<unsigned char>(c);
+        return code >= 0x20 && code < 0x80 && c != '"' && c != '\\';
+    };
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const std::size_t run = at;
+        while (at < text.size() && plain(text[at])) ++at;
+        out.append(text, run, at - run);
         if (at == text.size()) break;
+        if (static_cast<unsigned char>(text[at]) < 0x80) {
+            // dump()'s escapes: the short ones where JSON has them, else \u00xx.
+            static constexpr char kHex[] = "0123456789abcdef";
+            const auto code = static_cast<unsigned char>(text[at++]);
+            const char* shortForm = code == '"'    ? "\\\""
+                                    : code == '\\' ? "\\\\"
+                                    : code == '\b' ? "\\b"
+                                    : code == '\f' ? "\\f"
+                                    : code == '\n' ? "\\n"
+                                    : code == '\r' ? "\\r"
+                                    : code == '\t' ? "\\t"
+                                                   : nullptr;
+            if (shortForm != nullptr) {
+                out += shortForm;
+            } else {
+                out += "\\u00";
+                out += kHex[code >> 4];
+                out += kHex[code & 0xF];
+            }
+            continue;
+        }
+        // Beyond ASCII a character at a time through the library, which
+        // raises on text that isn't UTF-8 as dump() does.
         std::size_t end = at + 1;
         while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
         const std::string one = Record(std::string(text.substr(at, end - at))).dump();
         out.append(one, 1, one.size() - 2);
-        run = end;
-        at = end - 1;
+        at = end;
     }
     out += '"';
-    return out;
 }
 }  // namespace
 
@@ -53,28 +74,31 @@ void printRecord(std::ostream& out, const Record& record, bool json) {
 }
 
 void JsonArrayWriter::beginObject() {
-    out_ << (anyObject_ ? ",\n  {" : "[\n  {");
+    object_ = anyObject_ ? ",\n  {" : "[\n  {";
     anyObject_ = true;
     anyField_ = false;
 }
 
 void JsonArrayWriter::key(std::string_view name) {
-    out_ << (anyField_ ? ",\n    " : "\n    ") << quoted(name) << ": ";
+    object_ += anyField_ ? ",\n    " : "\n    ";
+    appendQuoted(object_, name);
+    object_ += ": ";
     anyField_ = true;
 }
 
 void JsonArrayWriter::field(std::string_view name, std::string_view text) {
     key(name);
-    out_ << quoted(text);
+    appendQuoted(object_, text);
 }
 
 void JsonArrayWriter::field(std::string_view name, int64_t number) {
     key(name);
-    out_ << number;
+    object_ += std::to_string(number);
 }
 
 void JsonArrayWriter::endObject() {
-    out_ << (anyField_ ? "\n  }" : "}");
+    object_ += anyField_ ? "\n  }" : "}";
+    out_ << object_;
 }
 
 void JsonArrayWriter::finish() {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
@@ -32,6 +33,7 @@ class JsonArrayWriter {
     void key(std::string_view key);
 
     std::ostream& out_;
+    std::string object_;  // the object being written, sent whole to the stream
     bool anyObject_ = false;
     bool anyField_ = false;
 };

@@ -24,11 +24,11 @@ expect "catalogue --json" '"ProductName": "Alpha" "ProductName": "Gamma" "Produc
     "$(field ProductName <<<"$json")$(field VersionMinor <<<"$json")$(field ApplicationPath <<<"$json")"
 
 # Written record by record, laid out as one JSON dump would be, escapes and
-# all: a name with quotes, a backslash, a tab and letters beyond ASCII.
+# all: quotes, backslashes, control characters and letters beyond ASCII.
 escapes="$(mktemp)"
-printf 'Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Say "\xc3\xa4"\t!]\n"PartNumber"="a-1"\n"ApplicationPath"="\\\\x"\n' >"$escapes"
-expect "a name that needs escapes" '"ProductName": "Say \"ä\"\t!", "ApplicationPath": "\\x\\",' \
-    "$("$ostrel" --registry "$escapes" catalogue --json | grep -E 'ProductName|ApplicationPath' | sed 's/^ *//' | paste -sd ' ')"
+printf 'Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Say "\xc3\xa4"\t!]\n"PartNumber"="a-1"\n"ApplicationPath"="\\\\x"\n"Label"=hex(1):41,00,01,00,1f,00,7f,00,00,00\n' >"$escapes"
+expect "a name that needs escapes" '"ProductName": "Say \"ä\"\t!", "ApplicationPath": "\\x\\", "Label": "A\u0001\u001f",' \
+    "$("$ostrel" --registry "$escapes" catalogue --json | grep -E 'ProductName|ApplicationPath|Label' | sed 's/^ *//' | paste -sd ' ')"
 for file in "$registry" "$escapes"; do
     expect "catalogue --json as one dump: $(basename "$file")" "" "$("$ostrel" --registry "$file" catalogue --json |
         python3 -c 'import json, sys; d = sys.stdin.read(); print("" if json.dumps(json.loads(d), indent=2, ensure_ascii=False) + "\n" == d else d)')"
