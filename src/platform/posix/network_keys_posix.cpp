@@ -216,9 +216,17 @@ std::vector<DhcpLease> parseDhclientLeases(std::string_view text) {
         const std::string_view s = trim(statement);
         if (open) {
             std::vector<std::string> parts = words(s, " \t\r\n");
-            const auto unquoted = [](std::string value) {
-                value.erase(std::remove(value.begin(), value.end(), '"'), value.end());
-                return value;
+            // Quotes dropped, a backslash's character taken as it stands.
+            const auto unquoted = [](const std::string& value) {
+                std::string plain;
+                for (std::size_t i = 0; i < value.size(); ++i) {
+                    if (value[i] == '\\' && i + 1 < value.size()) {
+                        plain += value[++i];
+                    } else if (value[i] != '"') {
+                        plain += value[i];
+                    }
+                }
+                return plain;
             };
             const auto rest = [&](std::size_t from) {
                 std::string value;
@@ -237,12 +245,20 @@ std::vector<DhcpLease> parseDhclientLeases(std::string_view text) {
         statement.clear();
     };
     bool inQuote = false;
+    bool escaped = false;
     for (const char c : text) {
-        if (c == '"') inQuote = !inQuote;
         if (inQuote) {
             statement += c;
+            if (escaped) {
+                escaped = false;
+            } else if (c == '\\') {
+                escaped = true;
+            } else if (c == '"') {
+                inQuote = false;
+            }
             continue;
         }
+        if (c == '"') inQuote = true;
         if (c == ';') {
             finish();
         } else if (c == '{') {
