@@ -90,7 +90,8 @@ bool WNCRegistry::GetLongValue(std::string_view vstrName, int32_t& rlngValue) {
 
 std::string enumSubKeyName(WNCRegistry& vobjRegistry, bool first) {
     std::string name;
-    const bool found = first ? vobjRegistry.EnumFirstSubKey(name) : vobjRegistry.EnumNextSubKey(name);
+    const bool found =
+        first ? vobjRegistry.EnumFirstSubKey(name) : vobjRegistry.EnumNextSubKey(name);
     if (!found) name.clear();
     return name;
 }

@@ -83,8 +83,8 @@ Ref<Dictionary> gfdicGetInterfaceData(std::string_view vstrInterfaceName) {
             fstrAddNetworkInterfaceValue(objRegistry, *dicData, name, "");
         }
         flngAddNetworkInterfaceValue(objRegistry, *dicData, "EnableDHCP", 0);
-        for (const char* name : {"DhcpIPAddress", "DhcpSubnetMask", "DhcpServer", "DhcpNameServer",
-                                 "DhcpDomain"}) {
+        for (const char* name :
+             {"DhcpIPAddress", "DhcpSubnetMask", "DhcpServer", "DhcpNameServer", "DhcpDomain"}) {
             fstrAddNetworkInterfaceValue(objRegistry, *dicData, name, "");
         }
         return dicData;

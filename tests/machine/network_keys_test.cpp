@@ -78,8 +78,8 @@ TEST(NetworkKeys, ALeaseAndOddTextBecomeTheDhcpValues) {
     iface.hardware = true;
     iface.addresses = {"10.0.0.8", "172.16.0.3"};
     iface.masks = {"255.255.0.0", "255.255.255.0"};
-    iface.lease = DhcpLease{"eth0", "10.0.0.8", "255.255.0.0", "10.0.0.1", {"10.0.0.1"},
-                            "a\"b\\c\r\n"};
+    iface.lease =
+        DhcpLease{"eth0", "10.0.0.8", "255.255.0.0", "10.0.0.1", {"10.0.0.1"}, "a\"b\\c\r\n"};
     facts.interfaces.push_back(iface);
 
     fakes::TestApartment fx;

@@ -17,7 +17,8 @@ using Lines = std::vector<std::string>;
 constexpr std::string_view kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
 const std::string kCards =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
-const std::string kTcpip = "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
+const std::string kTcpip =
+    "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
 
 class Network : public ::testing::Test {
   protected:
@@ -101,7 +102,8 @@ TEST_F(Network, InterfaceDataHoldsTheThirteenValuesInOrderWithTheirDefaults) {
     EXPECT_EQ(missing->Count(), 0) << "no key: empty, not null";
 
     // IPAddress and DefaultGateway as the system stores them, multi-strings.
-    load("[" + kTcpip + "\\Interfaces\\{C3}]\r\n"
+    load("[" + kTcpip +
+         "\\Interfaces\\{C3}]\r\n"
          "\"IPAddress\"=hex(7):31,00,30,00,2e,00,30,00,2e,00,30,00,2e,00,35,00,00,00,31,00,39,00,"
          "32,00,2e,00,31,00,36,00,38,00,2e,00,31,00,2e,00,39,00,00,00,00,00\r\n"
          "\"DefaultGateway\"=hex(7):00,00\r\n"
@@ -128,7 +130,8 @@ TEST_F(Network, InterfaceDataHoldsTheThirteenValuesInOrderWithTheirDefaults) {
 }
 
 TEST_F(Network, TheNumberRoutineLogsBeforeItAddsTheStringRoutineAfter) {
-    load("[" + kTcpip + "\\Interfaces\\{C3}]\r\n\"EnableDHCP\"=dword:00000001\r\n"
+    load("[" + kTcpip +
+         "\\Interfaces\\{C3}]\r\n\"EnableDHCP\"=dword:00000001\r\n"
          "\"DhcpServer\"=\"10.0.0.1\"\r\n");
     WNCRegistry registry;
     ASSERT_TRUE(registry.TryOpenKey(2, std::string(kInterfacesPath) + "{C3}", kKeyRead, 0));

@@ -950,8 +950,7 @@ class RegFileKey final : public RegistryKey {
         return value->data;
     }
 
-    std::optional<std::vector<std::string>> multiStringValue(
-        std::string_view name) const override {
+    std::optional<std::vector<std::string>> multiStringValue(std::string_view name) const override {
         const auto value = findValue(*node_.get(), name);
         if (value == node_->values.end() || value->type != kRegMultiSz) return std::nullopt;
         // Held with a NUL between entries and none at the end.

@@ -75,7 +75,8 @@ std::vector<std::string> words(std::string_view text, std::string_view separator
 
 std::string joined(const std::vector<std::string>& parts) {
     std::string text;
-    for (const std::string& part : parts) text += (text.empty() ? "" : std::string(kMultiStringSeparator)) + part;
+    for (const std::string& part : parts)
+        text += (text.empty() ? "" : std::string(kMultiStringSeparator)) + part;
     return text;
 }
 
@@ -198,11 +199,16 @@ DhcpLease parseKeyValueLease(std::string_view text) {
         if (equals == std::string::npos) continue;
         const std::string_view name = trim(std::string_view(line).substr(0, equals));
         const std::string value(trim(std::string_view(line).substr(equals + 1)));
-        if (name == "ADDRESS") lease.address = value;
-        else if (name == "NETMASK") lease.subnetMask = value;
-        else if (name == "SERVER_ADDRESS") lease.server = value;
-        else if (name == "DNS") lease.nameServers = words(value, " \t");
-        else if (name == "DOMAINNAME") lease.domain = value;
+        if (name == "ADDRESS")
+            lease.address = value;
+        else if (name == "NETMASK")
+            lease.subnetMask = value;
+        else if (name == "SERVER_ADDRESS")
+            lease.server = value;
+        else if (name == "DNS")
+            lease.nameServers = words(value, " \t");
+        else if (name == "DOMAINNAME")
+            lease.domain = value;
     }
     return lease;
 }
@@ -230,7 +236,8 @@ std::vector<DhcpLease> parseDhclientLeases(std::string_view text) {
             };
             const auto rest = [&](std::size_t from) {
                 std::string value;
-                for (std::size_t i = from; i < parts.size(); ++i) value += (i > from ? " " : "") + parts[i];
+                for (std::size_t i = from; i < parts.size(); ++i)
+                    value += (i > from ? " " : "") + parts[i];
                 return unquoted(value);
             };
             if (parts.size() >= 2 && parts[0] == "interface") open->interfaceName = rest(1);
@@ -350,8 +357,9 @@ NetworkFacts liveNetworkFacts() {
             iface->addresses.push_back(
                 dotted(reinterpret_cast<const sockaddr_in*>(a->ifa_addr)->sin_addr));
             iface->masks.push_back(
-                a->ifa_netmask ? dotted(reinterpret_cast<const sockaddr_in*>(a->ifa_netmask)->sin_addr)
-                               : std::string());
+                a->ifa_netmask
+                    ? dotted(reinterpret_cast<const sockaddr_in*>(a->ifa_netmask)->sin_addr)
+                    : std::string());
         }
         freeifaddrs(list);
     }

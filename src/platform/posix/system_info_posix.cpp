@@ -160,7 +160,6 @@ CpuFacts readCpuInfo() {
     return facts;
 }
 
-
 void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     record = SystemRecord{};
     record.wProcessorArchitecture = architecture;
@@ -192,7 +191,6 @@ void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     record.dwActiveProcessorMask = static_cast<int32_t>(mask);
     record.dwNumberOfProcessors = std::popcount(mask);
 }
-
 
 std::string loginName() {
     std::vector<char> scratch(16384);

@@ -61,8 +61,7 @@ class Win32Key final : public RegistryKey {
         return fromUtf16(text);
     }
 
-    std::optional<std::vector<std::string>> multiStringValue(
-        std::string_view name) const override {
+    std::optional<std::vector<std::string>> multiStringValue(std::string_view name) const override {
         DWORD type = 0;
         std::vector<BYTE> data;
         if (!query(name, type, data) || type != REG_MULTI_SZ) return std::nullopt;
