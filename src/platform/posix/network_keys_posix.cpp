@@ -87,11 +87,11 @@ std::string dotted(in_addr address) {
 
 // ---- .reg text -------------------------------------------------------------
 
-// A key name the export format can carry: no separator, no brackets, no
-// control characters.
+// A key name the export format carries as it stands: printable ASCII, no
+// separator, no brackets. Linux takes any bytes but '/' and blanks.
 bool fitsKeyName(std::string_view name) {
-    return !name.empty() && std::none_of(name.begin(), name.end(), [](char c) {
-        return c == '\\' || c == '[' || c == ']' || static_cast<unsigned char>(c) < 0x20;
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+        return c > ' ' && c <= '~' && c != '\\' && c != '[' && c != ']';
     });
 }
 

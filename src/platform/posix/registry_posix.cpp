@@ -1,7 +1,8 @@
 // Linux has no registry of its own: the process starts with one that holds
 // only the network keys, made from the live system on the first open under
 // them, and the tool layers .reg files (or its sample) into it. When files
-// are named the tool reads them alone, and nothing is synthesised.
+// are named the tool reads them alone, and nothing is synthesised. Only the
+// synthesis is guarded: files are layered in before any thread reads.
 #include "platform/posix/registry_posix.h"
 
 #include <mutex>
@@ -32,7 +33,7 @@ class LiveRegistry final : public RegFileRegistry {
             std::call_once(synthesised_, [this] {
                 try {
                     loadText(networkKeysText(liveNetworkFacts()), "the live network keys");
-                } catch (const RegFileError&) {
+                } catch (...) {
                     // Nothing of the machine could be told: the keys stay missing.
                 }
             });
