@@ -25,9 +25,7 @@ namespace {
 std::string subKeyName(WNCRegistry& enumerator, bool first) {
     std::string name;
     try {
-        const bool found =
-            first ? enumerator.EnumFirstSubKey(name) : enumerator.EnumNextSubKey(name);
-        if (!found) name.clear();
+        name = enumSubKeyName(enumerator, first);
     } catch (...) {
         name.clear();
     }

@@ -6,7 +6,8 @@
 // registry the core reads, later files winning; it replaces the system's
 // registry for the run. Without it the files named by the environment
 // variable OSTREL_REGISTRY are used, a list separated like PATH (':' on Linux,
-// ';' on Windows); with neither, Linux reads a built-in sample registry.
+// ';' on Windows); with neither, Linux reads a built-in sample registry and
+// the network keys made from the live system.
 // Exit codes: 0 done, 1 a registry file can't be read or parsed, 2 a usage
 // error.
 #include <algorithm>
@@ -108,9 +109,10 @@ int run(int argc, char** argv) {
         std::string files;
         for (const std::string& file : registryFiles) files += (files.empty() ? "" : ", ") + file;
         setRegistrySource("the registry file(s) " + files);
-    } else if (loadSampleRegistry(fileRegistry)) {
-        // Linux has no registry of its own: show the built-in sample family.
-        apartment().ports.registry = &fileRegistry;
+    } else {
+        // Linux has no registry of its own: the built-in sample family, beside
+        // the network keys of the live system.
+        loadSampleRegistry();
     }
     ensureStarted();
 

@@ -3,6 +3,9 @@
 #include <utility>
 
 #include "platform/common/registry_regfile.h"
+#ifndef _WIN32
+#include "platform/posix/registry_posix.h"
+#endif
 
 namespace ostrel::cli {
 
@@ -21,11 +24,11 @@ void setRegistrySource(std::string description) {
     source() = std::move(description);
 }
 
-bool loadSampleRegistry([[maybe_unused]] platform::RegFileRegistry& registry) {
+bool loadSampleRegistry() {
 #ifdef _WIN32
     return false;
 #else
-    registry.loadText(sampleRegistryText(), "built-in sample");
+    platform::liveRegistry().loadText(sampleRegistryText(), "built-in sample");
     setRegistrySource("the built-in sample registry (no --registry, no OSTREL_REGISTRY)");
     return true;
 #endif

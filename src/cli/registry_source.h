@@ -5,19 +5,16 @@
 #include <string>
 #include <string_view>
 
-namespace ostrel::platform {
-class RegFileRegistry;
-}
-
 namespace ostrel::cli {
 
 // "the system registry" until the tool's main says otherwise.
 const std::string& registrySource();
 void setRegistrySource(std::string description);
 
-// Linux: loads the built-in sample of a QUORL family into the registry and
-// answers true. Windows reads its real registry, and this answers false.
-bool loadSampleRegistry(platform::RegFileRegistry& registry);
+// Linux: loads the built-in sample of a QUORL family into the system's
+// registry (where the live network keys are) and answers true. Windows reads
+// its real registry, and this answers false.
+bool loadSampleRegistry();
 
 // The built-in sample, in the .reg export format.
 std::string_view sampleRegistryText();

@@ -43,6 +43,11 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                               BSTR* result) override;
     HRESULT STDMETHODCALLTYPE SetCurrentFolder(BSTR NewFolder, BSTR* result) override;
     HRESULT STDMETHODCALLTYPE DeleteFile(BSTR PathFilename, VARIANT_BOOL* result) override;
+
+    // The network adapter inventory.
+    HRESULT STDMETHODCALLTYPE NetworkCards(_wncNames** result) override;
+    HRESULT STDMETHODCALLTYPE Adapters(_wncNames** result) override;
+    HRESULT STDMETHODCALLTYPE InterfaceData(BSTR Name, IDispatch** result) override;
 };
 
 }  // namespace ostrel::com

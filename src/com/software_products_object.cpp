@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "com/product_enumerator.h"
+#include "com/snapshot_enumerator.h"
 
 namespace ostrel::com {
 

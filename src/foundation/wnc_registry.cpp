@@ -51,9 +51,18 @@ bool WNCRegistry::TryOpenKey(int32_t vlngHive, std::string_view vstrPath, int32_
 
 bool WNCRegistry::GetStringValue(std::string_view vstrName, std::string& rstrValue) {
     if (!key_) return false;
-    auto value = key_->stringValue(vstrName);
-    if (!value) return false;
-    rstrValue = std::move(*value);
+    if (auto value = key_->stringValue(vstrName)) {
+        rstrValue = std::move(*value);
+        return true;
+    }
+    const auto entries = key_->multiStringValue(vstrName);
+    if (!entries) return false;
+    std::string joined;
+    for (const std::string& entry : *entries) {
+        if (&entry != &entries->front()) joined += platform::kMultiStringSeparator;
+        joined += entry;
+    }
+    rstrValue = std::move(joined);
     return true;
 }
 
@@ -77,6 +86,14 @@ bool WNCRegistry::GetLongValue(std::string_view vstrName, int32_t& rlngValue) {
     if (!value) return false;
     rlngValue = *value;
     return true;
+}
+
+std::string enumSubKeyName(WNCRegistry& vobjRegistry, bool first) {
+    std::string name;
+    const bool found =
+        first ? vobjRegistry.EnumFirstSubKey(name) : vobjRegistry.EnumNextSubKey(name);
+    if (!found) name.clear();
+    return name;
 }
 
 std::string gfstrGetRegValue(WNCRegistry* vobjRegistry, std::string_view vstrValueName,

@@ -43,4 +43,12 @@ std::string gfstrGetRegValue(WNCRegistry* vobjRegistry, std::string_view vstrVal
 int32_t gflngGetRegValue(WNCRegistry* vobjRegistry, std::string_view vstrValueName,
                          int32_t vlngDefault);
 
+// The first (or next) sub-key name of a walk; an enumeration that answers
+// False gives the empty name, whatever its output holds, which ends the walk.
+std::string enumSubKeyName(WNCRegistry& vobjRegistry, bool first);
+
+// How the wrapper renders a multi-string value as one string: its entries
+// joined by one blank. Anything that makes such a value joins it alike.
+inline constexpr std::string_view kMultiStringSeparator = " ";
+
 }  // namespace ostrel

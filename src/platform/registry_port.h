@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ostrel::platform {
 
@@ -19,12 +20,22 @@ enum Hive : int32_t {
     kHiveCurrentConfig = 5,
 };
 
+// How the registry wrapper renders a multi-string value as one string: its
+// entries joined by one blank. What makes such values up joins them alike.
+inline constexpr std::string_view kMultiStringSeparator = " ";
+
 class RegistryKey {
   public:
     virtual ~RegistryKey() = default;
     // A string value (REG_SZ or REG_EXPAND_SZ, unexpanded); nullopt when the
     // value is missing or of another type. "" names the default value.
     virtual std::optional<std::string> stringValue(std::string_view name) const = 0;
+    // A REG_MULTI_SZ value, its entries in order; nullopt when missing or of
+    // another type.
+    virtual std::optional<std::vector<std::string>> multiStringValue(std::string_view name) const {
+        (void)name;
+        return std::nullopt;
+    }
     // A REG_DWORD value as a signed 32-bit number; nullopt when missing or of another type.
     virtual std::optional<int32_t> dwordValue(std::string_view name) const = 0;
     // The name of the sub-key at this index, in the registry's own order;

@@ -950,6 +950,21 @@ class RegFileKey final : public RegistryKey {
         return value->data;
     }
 
+    std::optional<std::vector<std::string>> multiStringValue(std::string_view name) const override {
+        const auto value = findValue(*node_.get(), name);
+        if (value == node_->values.end() || value->type != kRegMultiSz) return std::nullopt;
+        // Held with a NUL between entries and none at the end.
+        std::vector<std::string> entries;
+        if (value->data.empty()) return entries;
+        std::string_view rest = value->data;
+        for (;;) {
+            const std::size_t nul = rest.find('\0');
+            entries.emplace_back(rest.substr(0, nul));
+            if (nul == std::string_view::npos) return entries;
+            rest.remove_prefix(nul + 1);
+        }
+    }
+
     std::optional<int32_t> dwordValue(std::string_view name) const override {
         const auto value = findValue(*node_.get(), name);
         if (value == node_->values.end() || value->type != kRegDword || value->data.size() != 4) {

@@ -160,11 +160,6 @@ CpuFacts readCpuInfo() {
     return facts;
 }
 
-std::string fileText(const char* path) {
-    std::ifstream in(path);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     record = SystemRecord{};
     record.wProcessorArchitecture = architecture;
@@ -195,12 +190,6 @@ void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     }
     record.dwActiveProcessorMask = static_cast<int32_t>(mask);
     record.dwNumberOfProcessors = std::popcount(mask);
-}
-
-std::string hostName() {
-    std::array<char, 1025> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0) return {};
-    return std::string(name.data());
 }
 
 std::string loginName() {
@@ -285,6 +274,17 @@ class PosixSystemInfo final : public SystemInfoPort {
 };
 
 }  // namespace
+
+std::string fileText(const char* path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::string hostName() {
+    std::array<char, 1025> name{};
+    if (gethostname(name.data(), name.size() - 1) != 0) return {};
+    return std::string(name.data());
+}
 
 int32_t kernelVersionCode(std::string_view release) {
     std::size_t pos = 0;

@@ -20,4 +20,10 @@ uint32_t processorMask(std::string_view cpuList);
 // dot already.
 std::string qualifiedHostName(std::string_view hostName, std::string_view resolvConf);
 
+// A whole text file; "" when it can't be read.
+std::string fileText(const char* path);
+
+// The system's host name as gethostname gives it; "" when it fails.
+std::string hostName();
+
 }  // namespace ostrel::platform

@@ -61,6 +61,26 @@ class Win32Key final : public RegistryKey {
         return fromUtf16(text);
     }
 
+    std::optional<std::vector<std::string>> multiStringValue(std::string_view name) const override {
+        DWORD type = 0;
+        std::vector<BYTE> data;
+        if (!query(name, type, data) || type != REG_MULTI_SZ) return std::nullopt;
+        std::u16string text(data.size() / sizeof(char16_t), u'\0');
+        std::copy_n(data.data(), text.size() * sizeof(char16_t),
+                    reinterpret_cast<BYTE*>(text.data()));
+        // Entries end in a NUL each, the list in one more; either may be missing.
+        while (!text.empty() && text.back() == u'\0') text.pop_back();
+        std::vector<std::string> entries;
+        if (text.empty()) return entries;
+        std::u16string_view rest = text;
+        for (;;) {
+            const std::size_t nul = rest.find(u'\0');
+            entries.push_back(fromUtf16(rest.substr(0, nul)));
+            if (nul == std::u16string_view::npos) return entries;
+            rest.remove_prefix(nul + 1);
+        }
+    }
+
     std::optional<int32_t> dwordValue(std::string_view name) const override {
         DWORD type = 0;
         std::vector<BYTE> data;

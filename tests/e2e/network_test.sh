@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# End to end: the network commands against tests/fixtures/network.reg, and
+# on the live machine (Linux synthesises the keys when no file is named).
+# Usage: network_test.sh PATH_TO_OSTREL
+set -uo pipefail
+ostrel="$1"
+fixtures="$(cd "$(dirname "$0")/../fixtures" && pwd)"
+unset OSTREL_REGISTRY
+failures=0
+card1='{7A1C5D22-0B3E-4F51-9C10-2D6E8B1F0A01}'
+card2='{E03F9A6B-4C2D-4B8E-A7F1-5C3D2E1B9F04}'
+
+expect() { # NAME EXPECTED ACTUAL
+    if [ "$2" == "$3" ]; then echo "ok: $1"; return; fi
+    echo "FAIL: $1"
+    diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") | sed 's/^/    /'
+    failures=$((failures + 1))
+}
+run() { "$ostrel" --registry "$fixtures/network.reg" "$@"; }
+
+# "12" sorts before "3" and "4"; the card without a service is passed over.
+expect "cards" "$card1|$card2" "$(run network cards | paste -sd '|')"
+expect "adapters --json" "[\"$card1\",\"$card2\"]" "$(run network adapters --json | tr -d ' \n')"
+expect "interface: aligned, multi-strings joined by a blank" \
+"HostName       : 
+DefaultGateway : 10.1.0.1
+Domain         : lab.example
+IPAddress      : 10.1.0.5 10.1.0.6
+SubnetMask     : 255.0.0.0 255.0.0.0
+Server         : 
+NameServer     : 10.1.0.2,10.1.0.3
+EnableDHCP     : 0" "$(run network interface "$card2" | head -n 8)"
+expect "interface --json: thirteen keys in order, EnableDHCP a number" \
+    'HostName DefaultGateway Domain IPAddress SubnetMask Server NameServer EnableDHCP=1 DhcpIPAddress DhcpSubnetMask DhcpServer DhcpNameServer=192.168.10.1 9.9.9.9 DhcpDomain' \
+    "$(run network interface "$card1" --json | python3 -c '
+import json, sys
+d = json.load(sys.stdin)
+print(" ".join(k + ("=" + str(v) if k in ("EnableDHCP", "DhcpNameServer") else "") for k, v in d.items()))')"
+expect "an interface without a key: empty, no failure" "{}|0" "$(run network interface nope --json | tr -d ' \n')|$?"
+
+# Named files are the whole registry: nothing of this machine is added.
+expect "files alone" "||" "$(OSTREL_REGISTRY="$fixtures/catalogue.reg" "$ostrel" network adapters | paste -sd '|')|$(run network interface lo --json | tr -d ' \n' | sed 's/{}//')|"
+
+# The live machine: every interface an adapter, the loopback's own address.
+live="$("$ostrel" network adapters | sort | paste -sd ' ')"
+expect "live adapters" "$(ls /sys/class/net | sort | paste -sd ' ')" "$live"
+expect "live loopback" '"127.0.0.1"' "$("$ostrel" network interface lo --json | python3 -c 'import json,sys; print(json.dumps(json.load(sys.stdin)["IPAddress"]))')"
+expect "usage: interface needs a name" "2" "$("$ostrel" network interface >/dev/null 2>&1; echo $?)"
+
+[ "$failures" = 0 ] || { echo "$failures failure(s)"; exit 1; }

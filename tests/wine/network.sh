@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# The network inventory under Wine: ostrel.exe network and a VBScript on
+# wncServices, for the win64 and the win32 build with the built-ins of its
+# own bitness, against keys written here into the 32-bit view and removed
+# again. Wine keeps network cards of its own (the comparison of
+# registry_unchanged.sh sets that key aside). Uses $WINEPREFIX, or a
+# throwaway prefix of its own when unset. Non-zero on any failure.
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+root="$(cd "$here/../.." && pwd)"
+# shellcheck source=loaders.bash
+. "$here/loaders.bash"
+own_prefix=""
+if [ -z "${WINEPREFIX:-}" ]; then
+  new_wine_prefix
+  own_prefix=1
+fi
+
+failures=0
+ok() { echo "ok   $*"; }
+fail() {
+  echo "FAIL $*"
+  failures=$((failures + 1))
+}
+reg32() { wine_builtin 64 reg "$@" /reg:32 >/dev/null 2>&1; }
+
+cards='HKLM\SOFTWARE\Microsoft\Windows NT\CurrentVersion\NetworkCards'
+tcpip='HKLM\SYSTEM\CurrentControlSet\Services\Tcpip\Parameters'
+if reg32 query "$tcpip\\Adapters"; then
+  echo "the prefix has adapters of its own: the tests expect none" >&2
+  exit 1
+fi
+had_interfaces=0
+reg32 query "$tcpip\\Interfaces" && had_interfaces=1
+cleanup_keys() {
+  reg32 delete "$cards\\90001" /f || true
+  reg32 delete "$cards\\90002" /f || true
+  reg32 delete "$tcpip\\Adapters" /f || true
+  if [ $had_interfaces = 1 ]; then
+    reg32 delete "$tcpip\\Interfaces\\{OSTREL-ADAPTER-1}" /f || true
+  else
+    reg32 delete "$tcpip\\Interfaces" /f || true
+  fi
+}
+finish() {
+  cleanup_keys
+  if [ -n "$own_prefix" ]; then
+    wineserver -k >/dev/null 2>&1 || true
+    rm -rf "$WINEPREFIX"
+  fi
+}
+trap finish EXIT
+reg32 add "$cards\\90001" /v ServiceName /d '{OSTREL-SERVICE-A}' /f
+reg32 add "$cards\\90002" /v ServiceName /d '{OSTREL-SERVICE-B}' /f
+reg32 add "$tcpip\\Adapters\\{OSTREL-ADAPTER-1}" /f
+reg32 add "$tcpip\\Adapters\\{OSTREL-ADAPTER-2}" /f
+iface="$tcpip\\Interfaces\\{OSTREL-ADAPTER-1}"
+reg32 add "$iface" /v IPAddress /t REG_MULTI_SZ /d '10.1.0.5\010.1.0.6' /f
+reg32 add "$iface" /v Domain /d lab.example /f
+reg32 add "$iface" /v EnableDHCP /t REG_DWORD /d 1 /f
+
+for bits in 64 32; do
+  bin="$root/build/win$bits/bin"
+  echo "--- win$bits"
+  tool=("$(wine_of "$bits")" "$bin/ostrel.exe")
+  out="$("${tool[@]}" network adapters 2>/dev/null | tr -d '\r' | paste -sd '|')"
+  [ "$out" = '{OSTREL-ADAPTER-1}|{OSTREL-ADAPTER-2}' ] && ok "ostrel.exe network adapters" ||
+    fail "ostrel.exe network adapters: '$out'"
+  out="$("${tool[@]}" network cards --json 2>/dev/null | tr -d '\r')"
+  grep -q '"{OSTREL-SERVICE-A}"' <<<"$out" && grep -q '"{OSTREL-SERVICE-B}"' <<<"$out" &&
+    ok "ostrel.exe network cards --json holds our service names" || fail "ostrel.exe network cards: $out"
+  out="$("${tool[@]}" network interface '{ostrel-adapter-1}' --json 2>/dev/null | tr -d '\r')"
+  if python3 -c '
+import json, sys
+d = json.loads(sys.argv[1])
+assert list(d)[:4] == ["HostName", "DefaultGateway", "Domain", "IPAddress"] and len(d) == 13
+assert d["IPAddress"] == "10.1.0.5 10.1.0.6" and d["Domain"] == "lab.example" and d["EnableDHCP"] == 1
+' "$out" 2>/dev/null; then ok "ostrel.exe network interface --json (any case of the name)"; else
+    fail "ostrel.exe network interface --json: $out"
+  fi
+
+  dll="$(winepath -w "$bin/Ostrel.dll")"
+  if wine_builtin "$bits" regsvr32 /s "$dll"; then
+    joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
+    cat "$here/vbs/check.vbs" "$here/vbs/network.vbs" >"$joined"
+    if wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")"; then
+      ok "network.vbs ($bits-bit cscript)"
+    else
+      fail "network.vbs ($bits-bit cscript, see above)"
+    fi
+    wine_builtin "$bits" regsvr32 /u /s "$dll" || fail "regsvr32 /u ($bits-bit)"
+  else
+    fail "regsvr32 Ostrel.dll ($bits-bit)"
+  fi
+done
+echo "network.sh: $failures failure(s)"
+[ $failures = 0 ]
