@@ -207,4 +207,18 @@ class FakeShell : public platform::ShellPort {
     std::unique_ptr<platform::ShellApplication> createApplication() override;
 };
 
+// The help viewers, writing each call down as "html|file|command|data" or
+// "win|file|command".
+class FakeHelp : public platform::HelpPort {
+  public:
+    std::vector<std::string> calls;
+    void htmlHelp(std::string_view file, int32_t command, int32_t data) override {
+        calls.push_back("html|" + std::string(file) + "|" + std::to_string(command) + "|" +
+                        std::to_string(data));
+    }
+    void winHelp(std::string_view file, int32_t command) override {
+        calls.push_back("win|" + std::string(file) + "|" + std::to_string(command));
+    }
+};
+
 }  // namespace ostrel::fakes
