@@ -1,6 +1,6 @@
 ' wncServices: the time conversions and the path helpers from a script host.
 ' Run with TZ=EST5EDT,M3.2.0,M11.1.0 (com_server.sh), which Wine takes as
-' its zone. Exit code: number of failures.
+' its zone, and OSTREL_LANGUAGE=de-AT. Exit code: number of failures.
 
 Dim services, fso, shell, localised, winter, summer, toGmt, offset, folder, file, before, held, i
 
@@ -14,8 +14,6 @@ Sub Pause()
     Dim start : start = Timer
     Do While Timer >= start And Timer < start + 0.1 : Loop
 End Sub
-' German for Austria, before the first object binds the language texts.
-CreateObject("WScript.Shell").Environment("PROCESS").Item("OSTREL_LANGUAGE") = "de-AT"
 Set services = CreateObject("Ostrel.wncServices")
 Check Err.Number = 0 And IsObject(services), "CreateObject(""Ostrel.wncServices"")"
 If Not IsObject(services) Then WScript.Quit 1
