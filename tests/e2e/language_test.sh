@@ -17,8 +17,9 @@ unset OSTREL_LANGUAGE LC_ALL LC_MESSAGES LANG
 
 # The choice: OSTREL_LANGUAGE, then LC_ALL, LC_MESSAGES, LANG; English behind.
 while IFS='|' read -r vars suffixes caption; do
-    out=$(env $vars "$built" language suffixes | paste -sd ' ')
-    text=$(env $vars "$built" language text 312)
+    read -ra assignments <<<"$vars"
+    out=$(env "${assignments[@]}" "$built" language suffixes | paste -sd ' ')
+    text=$(env "${assignments[@]}" "$built" language text 312)
     check "$vars: suffixes" '[ "$out" = "$suffixes" ]'
     check "$vars: text 312" '[ "$text" = "$caption" ]'
 done <<'CASES'
@@ -84,4 +85,5 @@ run language text 108
 check "a folder for a text file: named, and the English texts stand in" \
     '[ "$err" = "The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]'
 
-[ "$failures" = 0 ] && echo "language: all passed" || { echo "language: $failures failed" >&2; exit 1; }
+if [ "$failures" != 0 ]; then echo "language: $failures failed" >&2; exit 1; fi
+echo "language: all passed"
