@@ -30,6 +30,7 @@ class LocalisedFiles : public ::testing::Test {
         }
         fx.environment.folder = utf8Of(folder);
         fx.locale.language = "de_DE.UTF-8";
+        fx.writeMarker();  // the log on: the help file's steps are written down
         ensureStarted();
     }
     // Creates the named files (and only those) in the folder.
@@ -89,7 +90,11 @@ TEST_F(LocalisedFiles, SetsTheHelpFileAndOpensItByItsKind) {
     EXPECT_EQ(apartment().helpFile, in("Guidede.CHM"));
 
     create({"Oldde-DE.hlp"});
+    fx.debugStream.texts.clear();
     msubSetLocalisedHelpFile("Old.hlp", entry);
+    EXPECT_EQ(fx.debugStream.texts,
+              (std::vector<std::string>{"BaseHelpFile = " + in("Old.hlp") + "\r\n",
+                                        "HelpFile = " + in("Oldde-DE.hlp") + "\r\n"}));
     msubShowHelpFile(entry);
     EXPECT_EQ(fx.help.calls.back(), "win|" + in("Oldde-DE.hlp") + "|3");
 }
