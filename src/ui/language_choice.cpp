@@ -15,10 +15,13 @@ bool isLetters(std::string_view text) {
                        [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
 }
 
-bool isAlphanumeric(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    });
+// Letters and digits in parts joined by '-', as a region or script is written.
+bool isSubtags(std::string_view text) {
+    return !text.empty() && !text.starts_with('-') && !text.ends_with('-') &&
+           std::all_of(text.begin(), text.end(), [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '-';
+           });
 }
 
 }  // namespace
@@ -40,9 +43,7 @@ LanguageChoice languageChoiceOf(std::string_view name) {
     LanguageChoice choice;
     if (language.size() < 2 || language.size() > 3 || !isLetters(language)) return choice;
     // A script ("sr-Latn-RS") or a region of digits ("es-419") is kept as written.
-    if (separator != std::string_view::npos &&
-        (region.empty() || region.size() > 8 ||
-         !isAlphanumeric(region.substr(0, region.find('-'))))) {
+    if (separator != std::string_view::npos && (region.size() > 8 || !isSubtags(region))) {
         return choice;
     }
     choice.language = lowerCase(language);

@@ -133,6 +133,7 @@ TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
         {nullptr, "C", "English", "en", "en-US"},
         {nullptr, "", "English", "en", "en-US"},
         {"../../etc", "de_DE", "English", "en", "en-US"},
+        {"de-A-/x", "de_DE", "English", "en", "en-US"},  // no folder reached through a name
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.override ? c.override : "(unset)") + " / " + c.system);
