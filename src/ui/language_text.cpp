@@ -117,11 +117,11 @@ std::optional<std::string> unescape(std::string_view raw) {
 }
 
 // face;points[;bold][;italic][;underline][;strikethrough]
-std::optional<Font> parseFont(std::string_view spec) {
+std::optional<Font> parseFont(std::string_view entry) {
     std::vector<std::string_view> parts;
     for (size_t start = 0;;) {
-        const size_t end = spec.find(';', start);
-        parts.push_back(trimmed(spec.substr(start, end - start)));
+        const size_t end = entry.find(';', start);
+        parts.push_back(trimmed(entry.substr(start, end - start)));
         if (end == std::string_view::npos) break;
         start = end + 1;
     }
