@@ -48,6 +48,9 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
     HRESULT STDMETHODCALLTYPE NetworkCards(_wncNames** result) override;
     HRESULT STDMETHODCALLTYPE Adapters(_wncNames** result) override;
     HRESULT STDMETHODCALLTYPE InterfaceData(BSTR Name, IDispatch** result) override;
+
+    // Localised files.
+    HRESULT STDMETHODCALLTYPE GetLocalisedFileName(BSTR BaseFile, BSTR* result) override;
 };
 
 }  // namespace ostrel::com

@@ -32,6 +32,29 @@ std::string FileSystemObject::GetFileName(std::string_view path) const {
     return std::string(cut == std::string_view::npos ? path : path.substr(cut + 1));
 }
 
+std::string FileSystemObject::GetParentFolderName(std::string_view path) const {
+    const size_t cut = lastSeparator(path, port_->separator());
+    if (cut == std::string_view::npos) return std::string();
+    // A root keeps its separator: the parent of "/x" is "/", of "C:\\x" "C:\\".
+    const std::string_view parent = path.substr(0, cut);
+    if (parent.empty() || (parent.size() == 2 && parent[1] == ':')) {
+        return std::string(path.substr(0, cut + 1));
+    }
+    return std::string(parent);
+}
+
+std::string FileSystemObject::GetBaseName(std::string_view path) const {
+    const std::string name = GetFileName(path);
+    const size_t dot = name.rfind('.');
+    return dot == std::string::npos ? name : name.substr(0, dot);
+}
+
+std::string FileSystemObject::GetExtensionName(std::string_view path) const {
+    const std::string name = GetFileName(path);
+    const size_t dot = name.rfind('.');
+    return dot == std::string::npos ? std::string() : name.substr(dot + 1);
+}
+
 bool FileSystemObject::FileExists(std::string_view path) const {
     return port_->fileExists(path);
 }

@@ -19,6 +19,11 @@ class FileSystemObject : public Object {
     std::string BuildPath(std::string_view path, std::string_view name) const;
     // The last part of a path, its folders dropped.
     std::string GetFileName(std::string_view path) const;
+    // The path up to its last part, without the separator; empty when there is none.
+    std::string GetParentFolderName(std::string_view path) const;
+    // The last part without its extension, and the extension without its dot.
+    std::string GetBaseName(std::string_view path) const;
+    std::string GetExtensionName(std::string_view path) const;
     bool FileExists(std::string_view path) const;
     bool FolderExists(std::string_view path) const;
     // Raises 53 for a missing file.

@@ -43,6 +43,7 @@ struct OstrelGlobals {
     Ref<wncPCInfo> gobjPCInfo;
     std::unique_ptr<PartNumberTable> partNumbers;            // built at the first look-up
     std::unique_ptr<platform::XmlDocument> gobjSettingsDoc;  // the settings file in memory
+    std::string helpFile;  // the component's help file (App.HelpFile), empty until set
 };
 
 // This thread's globals.

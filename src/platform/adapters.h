@@ -22,5 +22,6 @@ ProcessPort& systemProcesses();
 TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C library
 PathPort& systemPaths();
 ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
+HelpPort& systemHelp();    // Windows: HtmlHelpA and WinHelpA; Linux: xdg-open
 
 }  // namespace ostrel::platform

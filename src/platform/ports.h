@@ -7,6 +7,7 @@
 #include "platform/debug_stream_port.h"
 #include "platform/environment_port.h"
 #include "platform/file_system_port.h"
+#include "platform/help_port.h"
 #include "platform/locale_port.h"
 #include "platform/message_box_port.h"
 #include "platform/named_mutex_port.h"
@@ -37,6 +38,7 @@ struct Ports {
     TimeZonePort* timeZone = nullptr;
     PathPort* paths = nullptr;
     ShellPort* shell = nullptr;
+    HelpPort* help = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

@@ -55,7 +55,9 @@ class FakeEnvironment : public platform::EnvironmentPort {
 class FakeLocale : public platform::LocalePort {
   public:
     LocaleFacts localeFacts;
+    std::string language;
     LocaleFacts facts() override { return localeFacts; }
+    std::string uiLanguage() override { return language; }
 };
 
 // System records and names as the test sets them. The name calls behave as
@@ -203,6 +205,20 @@ class FakeShell : public platform::ShellPort {
     std::vector<std::string> calls;
 
     std::unique_ptr<platform::ShellApplication> createApplication() override;
+};
+
+// The help viewers, writing each call down as "html|file|command|data" or
+// "win|file|command".
+class FakeHelp : public platform::HelpPort {
+  public:
+    std::vector<std::string> calls;
+    void htmlHelp(std::string_view file, int32_t command, int32_t data) override {
+        calls.push_back("html|" + std::string(file) + "|" + std::to_string(command) + "|" +
+                        std::to_string(data));
+    }
+    void winHelp(std::string_view file, int32_t command) override {
+        calls.push_back("win|" + std::string(file) + "|" + std::to_string(command));
+    }
 };
 
 }  // namespace ostrel::fakes

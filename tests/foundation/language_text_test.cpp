@@ -6,7 +6,13 @@
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "runtime/automation_error.h"
+#include "ui/builtin_language.h"
 #include "ui/language_text.h"
+#include "ui/resource_id_numbers.h"
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 namespace ostrel {
 namespace {
@@ -16,6 +22,17 @@ using fakes::utf8Of;
 using fakes::writeBytes;
 
 using fakes::errorNumberOf;
+
+// The description of the error an operation raises.
+template <class Operation>
+std::string errorTextOf(Operation operation) {
+    try {
+        operation();
+    } catch (const AutomationError& error) {
+        return std::to_string(error.number) + " " + error.description;
+    }
+    return "no error";
+}
 
 class LanguageText : public ::testing::Test {
   protected:
@@ -69,22 +86,186 @@ TEST_F(LanguageText, RejectsABrokenFile) {
     }
 }
 
-TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAMissingFileKeepsTheTexts) {
+TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAFailureIsReportedOnce) {
     const std::string folder = writeTexts("1=first\n");
     text.Initialise("Demo", folder);
     // Not read again: the same values bind nothing new.
     writeTexts("1=changed\n");
-    text.Initialise("Demo", folder);
+    text.Initialise("Demo", folder, "third");
     EXPECT_EQ(text.GetText(1), "first");
 
     const std::string elsewhere = utf8Of(fx.programData / "none");
-    EXPECT_EQ(errorNumberOf([&] { text.Initialise("Demo", elsewhere); }), 53);
-    EXPECT_EQ(text.GetText(1), "first");
+    try {
+        text.Initialise("Demo", elsewhere);
+        ADD_FAILURE() << "a missing file raises";
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(error.number, 53);
+        EXPECT_EQ(error.description,
+                  "File not found: " + utf8Of(fx.programData / "none" / "Demo.en.txt"));
+    }
+    EXPECT_NO_THROW(text.Initialise("Demo", elsewhere)) << "reported once, not on every record";
 
     // Other values bind anew.
     writeBytes(textFolder() / "Other.en.txt", "1=other\n");
     text.Initialise("Other", folder);
     EXPECT_EQ(text.GetText(1), "other");
+}
+
+TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
+    writeTexts("1=English\n");
+    writeBytes(textFolder() / "Demo.de.txt", "1=Deutsch\n");
+    writeBytes(textFolder() / "Demo.de-AT.txt", "1=Österreichisch\n");
+    struct Case {
+        const char* override;  // OSTREL_LANGUAGE, nullptr for unset
+        const char* system;    // the user's interface language
+        const char* text;
+        const char* suffix1;
+        const char* suffix2;
+    } cases[] = {
+        {nullptr, "de_DE.UTF-8", "Deutsch", "de", "de-DE"},
+        {nullptr, "de-CH", "Deutsch", "de", "de-CH"},
+        {nullptr, "de_AT.UTF-8@euro", "Österreichisch", "de", "de-AT"},
+        {"de", "fr_FR.UTF-8", "Deutsch", "de", "de"},
+        {"de_at", "", "Österreichisch", "de", "de-AT"},
+        {"", "de_DE", "Deutsch", "de", "de-DE"},  // an empty override counts as unset
+        {nullptr, "fr_FR.UTF-8", "English", "en", "en-US"},
+        {nullptr, "en_GB.UTF-8", "English", "en", "en-GB"},
+        {nullptr, "C", "English", "en", "en-US"},
+        {nullptr, "", "English", "en", "en-US"},
+        {"../../etc", "de_DE", "English", "en", "en-US"},
+        {"de-A-/x", "de_DE", "English", "en", "en-US"},  // no folder reached through a name
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.override ? c.override : "(unset)") + " / " + c.system);
+        fx.environment.variables.erase("OSTREL_LANGUAGE");
+        if (c.override) fx.environment.variables["OSTREL_LANGUAGE"] = c.override;
+        fx.locale.language = c.system;
+        clsLanguageText fresh;
+        fresh.Initialise("Demo", utf8Of(textFolder()));
+        EXPECT_EQ(fresh.GetText(1), c.text);
+        std::string suffix1(100, ' '), suffix2(100, ' ');
+        fresh.GetLanguageSuffixes(suffix1, suffix2);
+        EXPECT_EQ(suffix1, c.suffix1);
+        EXPECT_EQ(suffix2, c.suffix2);
+    }
+}
+
+TEST_F(LanguageText, AppliesFontEntriesAndHandsOutPictures) {
+    const std::string folder = utf8Of(textFolder());
+    writeTexts(
+        "font 280=Tahoma; 9.5 ;Bold;italic\n"
+        "font 281=Arial;10\n"
+        "picture 286=Ostrel.286.ico\n"
+        "picture 7=broken.bmp\n"
+        "picture 8=gone.ico\n");
+    writeBytes(textFolder() / "Ostrel.286.ico", *builtinLanguageFile("Ostrel.286.ico"));
+    writeBytes(textFolder() / "broken.bmp", "BM not really");
+    text.Initialise("Demo", folder);
+
+    Font font;
+    font.charset = 238;
+    font.underline = true;
+    text.ApplyFont(ResourceIDNumbers::kFontEntry, font);
+    EXPECT_EQ(font.name, "Tahoma");
+    EXPECT_EQ(font.size, 9.5);
+    EXPECT_TRUE(font.bold && font.italic && !font.underline && !font.strikethrough);
+    EXPECT_EQ(font.charset, 238) << "the character set is the caller's";
+    text.ApplyFont(281, font);
+    EXPECT_FALSE(font.bold);
+    EXPECT_EQ(errorNumberOf([&] { text.ApplyFont(286, font); }), 5);
+    EXPECT_EQ(errorNumberOf([&] { text.GetText(280); }), 5) << "a font entry is no text";
+
+    const auto icon = text.GetPicture(ResourceIDNumbers::kFormIcon);
+    EXPECT_EQ(icon->kind, Picture::Kind::Icon);
+    EXPECT_EQ(icon->file, utf8Of(textFolder() / "Ostrel.286.ico"));
+    EXPECT_EQ(icon->widthPx, 32);
+    EXPECT_EQ(text.GetPicture(ResourceIDNumbers::kFormIcon), icon) << "read once";
+    EXPECT_EQ(errorTextOf([&] { text.GetPicture(7); }),
+              "5 Not a valid picture: " + utf8Of(textFolder() / "broken.bmp"));
+    EXPECT_EQ(errorTextOf([&] { text.GetPicture(8); }),
+              "53 File not found: " + utf8Of(textFolder() / "gone.ico"));
+    EXPECT_EQ(errorNumberOf([&] { text.GetPicture(108); }), 5);
+
+    for (const char* broken :
+         {"font 1=Arial\n", "font 1=;8\n", "font 1=Arial;0\n", "font 1=Arial;8;heavy\n",
+          "picture 1=logo.png\n", "picture 1=../logo.bmp\n", "picture 1=\n"}) {
+        clsLanguageText fresh;
+        writeTexts(broken);
+        EXPECT_EQ(errorNumberOf([&] { fresh.Initialise("Demo", folder); }), 5) << broken;
+    }
+}
+
+TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
+    // Beside the test program: the files the build puts beside the artefacts.
+    clsLanguageText beside;
+    beside.Initialise("Ostrel", fx.environment.folder);
+    for (int32_t number : {108, 131, 279, 312, 313, 338}) {
+        EXPECT_NO_THROW(beside.GetText(number)) << number;
+    }
+    const auto logo = beside.GetPicture(ResourceIDNumbers::kLogo);
+    EXPECT_EQ(logo->kind, Picture::Kind::Bitmap);
+    EXPECT_EQ(logo->widthPx, 150);
+    EXPECT_EQ(logo->heightPx, 56);
+    EXPECT_FALSE(logo->file.empty());
+
+    fx.locale.language = "de_DE.UTF-8";
+    clsLanguageText german;
+    german.Initialise("Ostrel", fx.environment.folder);
+    EXPECT_EQ(german.GetText(ResourceIDNumbers::kAboutCaption), "Info über ");
+
+    // Copied without its data files: the same English texts and pictures.
+    clsLanguageText alone;
+    const std::string empty = utf8Of(fx.programData);
+    EXPECT_NO_THROW(alone.Initialise("Ostrel", empty));
+    for (int32_t number : {108, 131, 279, 312, 313, 338}) {
+        EXPECT_EQ(alone.GetText(number), beside.GetText(number)) << number;
+    }
+    const auto builtinLogo = alone.GetPicture(ResourceIDNumbers::kLogo);
+    EXPECT_EQ(builtinLogo->file, "");
+    EXPECT_EQ(builtinLogo->bytes, logo->bytes);
+    std::string suffix1, suffix2;
+    alone.GetLanguageSuffixes(suffix1, suffix2);
+    EXPECT_EQ(suffix1 + " " + suffix2, "en en-US") << "no German file: English, and its suffixes";
+}
+
+TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
+    const std::string folder = utf8Of(textFolder());
+    const std::string file = utf8Of(textFolder() / "Demo.en.txt");
+    auto failureOf = [&](std::string_view content) {
+        writeTexts(content);
+        clsLanguageText fresh;
+        const std::string first = errorTextOf([&] { fresh.Initialise("Demo", folder); });
+        EXPECT_EQ(errorTextOf([&] { fresh.Initialise("Demo", folder); }), "no error")
+            << "reported once";
+        return first;
+    };
+    EXPECT_EQ(failureOf("1=fine\n2=cut \xC3"), "5 Not UTF-8 at line 2 of " + file);
+    EXPECT_EQ(failureOf("1=over\xC0\xAF"
+                        "long\n"),
+              "5 Not UTF-8 at line 1 of " + file);
+    EXPECT_EQ(failureOf(std::string("1=nul\0byte\n", 12)), "5 Bad text at line 1 of " + file);
+    EXPECT_EQ(failureOf("1=a\n2=b\n3\n"), "5 Bad text at line 3 of " + file);
+
+    writeTexts("");
+    std::filesystem::resize_file(textFolder() / "Demo.en.txt", 3u << 20);
+    clsLanguageText huge;
+    EXPECT_EQ(errorTextOf([&] { huge.Initialise("Demo", folder); }),
+              "5 The language file is too large: " + file);
+
+    std::filesystem::remove(textFolder() / "Demo.en.txt");
+    std::filesystem::create_directory(textFolder() / "Demo.en.txt");
+    clsLanguageText folderNamed;
+    EXPECT_EQ(errorTextOf([&] { folderNamed.Initialise("Demo", folder); }),
+              "5 The language file is a folder: " + file);
+    std::filesystem::remove(textFolder() / "Demo.en.txt");
+#ifndef _WIN32
+    // A pipe would block the reader for ever.
+    ASSERT_EQ(::mkfifo((textFolder() / "Demo.en.txt").c_str(), 0600), 0);
+    clsLanguageText pipe;
+    EXPECT_EQ(errorTextOf([&] { pipe.Initialise("Demo", folder); }),
+              "5 The language file is not a regular file: " + file);
+    std::filesystem::remove(textFolder() / "Demo.en.txt");
+#endif
 }
 
 }  // namespace

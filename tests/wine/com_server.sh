@@ -203,7 +203,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   run_vbscript "$here/vbs/products.vbs" catalogue
   mkdir -p "$(winepath -u 'C:\ProgramData')/QUORL"  # for the time-out the script sets
   run_vbscript "$here/vbs/services.vbs" catalogue
-  TZ=EST5EDT,M3.2.0,M11.1.0 run_vbscript "$here/vbs/services_time_path.vbs"
+  TZ=EST5EDT,M3.2.0,M11.1.0 OSTREL_LANGUAGE=de-AT run_vbscript "$here/vbs/services_time_path.vbs"
   test_settings
   check_tool_catalogue "$bin"
 

@@ -1,8 +1,8 @@
 ' wncServices: the time conversions and the path helpers from a script host.
 ' Run with TZ=EST5EDT,M3.2.0,M11.1.0 (com_server.sh), which Wine takes as
-' its zone. Exit code: number of failures.
+' its zone, and OSTREL_LANGUAGE=de-AT. Exit code: number of failures.
 
-Dim services, fso, shell, winter, summer, toGmt, offset, folder, file, before, held, i
+Dim services, fso, shell, localised, winter, summer, toGmt, offset, folder, file, before, held, i
 
 ' Minutes from one date to the other (Wine's VBScript has no DateDiff).
 Function MinutesBetween(fromDate, toDate)
@@ -95,6 +95,24 @@ For i = 1 To 150
     Pause
 Next
 Check Not fso.FileExists(held), "gone once the other process let go"
+' The language's variant of a file: suffix2 ("de-AT") before suffix1 ("de"),
+' never the file itself.
+Function LocalisedOf(path)
+    Err.Clear
+    LocalisedOf = "(raised)"
+    LocalisedOf = services.GetLocalisedFileName(path)
+    If Err.Number <> 0 Then LocalisedOf = "(error " & Err.Number & ")"
+End Function
+file = fso.BuildPath(folder, "Guide.txt")
+fso.CreateTextFile(file, True).Close
+localised = LocalisedOf(file)
+Check localised = "", "GetLocalisedFileName: the plain file is no candidate, got " & localised
+fso.CreateTextFile(fso.BuildPath(folder, "Guide_de.txt"), True).Close
+localised = LocalisedOf(file)
+Check localised = fso.BuildPath(folder, "Guide_de.txt"), "GetLocalisedFileName: suffix1, got " & localised
+fso.CreateTextFile(fso.BuildPath(folder, "Guide_de-AT.txt"), True).Close
+localised = LocalisedOf(file)
+Check localised = fso.BuildPath(folder, "Guide_de-AT.txt"), "GetLocalisedFileName: suffix2 first, got " & localised
 fso.DeleteFolder folder, True
 
 WScript.Quit failures
