@@ -1,6 +1,6 @@
 # cmake -DOUTPUT=file.cpp -DINPUTS="a|b" -P embed_files.cmake
 # Writes a C++ source holding the given files as byte arrays, looked up by
-# file name through builtinLanguageFile (src/ui/builtin_language.h).
+# file name through builtinDataFile (src/foundation/builtin_data.h).
 set(body "")
 set(table "")
 set(index 0)
@@ -17,7 +17,7 @@ foreach(input ${INPUTS})
   math(EXPR index "${index} + 1")
 endforeach()
 file(WRITE ${OUTPUT}.tmp "// Generated from the data files by cmake/embed_files.cmake.
-#include \"ui/builtin_language.h\"
+#include \"foundation/builtin_data.h\"
 
 namespace ostrel {
 namespace {
@@ -31,7 +31,7 @@ const Entry entries[] = {
 ${table}};
 }  // namespace
 
-std::optional<std::string_view> builtinLanguageFile(std::string_view name) {
+std::optional<std::string_view> builtinDataFile(std::string_view name) {
     for (const Entry& entry : entries) {
         if (entry.name == name) {
             return std::string_view(reinterpret_cast<const char*>(entry.data), entry.size);

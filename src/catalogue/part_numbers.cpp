@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/builtin_data.h"
 #include "foundation/debug_log.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
@@ -17,16 +18,21 @@ namespace {
 constexpr std::string_view kTableFile = "part-numbers.txt";
 constexpr std::string_view kTableVariable = "OSTREL_PART_NUMBERS";
 
+struct TableFile {
+    std::string path;
+    bool named = false;  // by the variable
+};
+
 // The table's file: the variable when it is set and not empty, else the file
 // beside the component.
-std::string tableFile() {
+TableFile tableFile() {
     platform::EnvironmentPort* environment = apartment().ports.environment;
-    if (!environment) return std::string(kTableFile);
+    if (!environment) return {std::string(kTableFile)};
     if (std::optional<std::string> named = environment->variable(kTableVariable);
         named && !named->empty()) {
-        return *named;
+        return {*named, true};
     }
-    return fileSystem().BuildPath(environment->componentFolder(), kTableFile);
+    return {fileSystem().BuildPath(environment->componentFolder(), kTableFile)};
 }
 
 }  // namespace
@@ -53,7 +59,13 @@ PartNumberTable PartNumberTable::parse(std::string_view text) {
 PartNumberTable PartNumberTable::load() {
     std::string file;
     try {
-        file = tableFile();
+        const TableFile table = tableFile();
+        file = table.path;
+        // A component copied without its data files takes the table it was
+        // built with; a file named by the variable must be there.
+        if (!table.named && !fileSystem().FileExists(file)) {
+            if (const auto builtin = builtinDataFile(kTableFile)) return parse(*builtin);
+        }
         return parse(fileSystem().ReadAll(file));
     } catch (...) {
         const AutomationError error = currentError();

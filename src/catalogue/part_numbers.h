@@ -1,6 +1,7 @@
 // The family's table of known part numbers: "part-numbers.txt" beside the
-// component (or the file named by OSTREL_PART_NUMBERS), one part number a
-// line, blank lines and '#' comments ignored. Read once per apartment.
+// component (or the file named by OSTREL_PART_NUMBERS; without either, the
+// table built in), one part number a line, blank lines and '#' comments
+// ignored. Read once per apartment.
 #pragma once
 
 #include <string>

@@ -12,7 +12,7 @@
 #include "foundation/globals.h"
 #include "runtime/automation_error.h"
 #include "runtime/text.h"
-#include "ui/builtin_language.h"
+#include "foundation/builtin_data.h"
 #include "ui/language_choice.h"
 
 namespace ostrel {
@@ -261,7 +261,7 @@ std::optional<Picture> decodePicture(std::string_view name, std::string_view byt
 clsLanguageText::Store builtinStore() {
     static const clsLanguageText::Store store = [] {
         const std::string name = std::string(kBuiltinComponent) + ".en.txt";
-        return parseStore(builtinLanguageFile(name).value_or(""), toPath("(built in) " + name));
+        return parseStore(builtinDataFile(name).value_or(""), toPath("(built in) " + name));
     }();
     return store;
 }
@@ -362,7 +362,7 @@ std::shared_ptr<const Picture> clsLanguageText::GetPicture(int32_t pictureNumber
     if (!content) {
         // A component copied without its pictures still shows its own.
         const auto builtin =
-            boundName_ == kBuiltinComponent ? builtinLanguageFile(name) : std::nullopt;
+            boundName_ == kBuiltinComponent ? builtinDataFile(name) : std::nullopt;
         if (!builtin) raise(kErrFileNotFound, "File not found: " + source);
         content = std::string(*builtin);
         source.clear();

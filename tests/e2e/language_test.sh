@@ -57,6 +57,8 @@ check "alone: starts silently and reads the catalogue" \
     '[ "$rc" = 0 ] && [ -z "$err" ] && [ "$(tail -n 1 <<<"$out")" = "3 products" ]'
 run language text 108
 check "alone: text 108 built in" '[ "$out" = "Ostrel" ]'
+OSTREL_PART_NUMBERS= run catalogue
+check "alone: the part-number table built in" '[ "$rc" = 0 ] && [ "$(tail -n 1 <<<"$out")" = "8 products" ]'
 run language suffixes
 check "alone: English suffixes" '[ "$(paste -sd " " <<<"$out")" = "en en-US" ]'
 
