@@ -43,6 +43,9 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                               BSTR* result) override;
     HRESULT STDMETHODCALLTYPE SetCurrentFolder(BSTR NewFolder, BSTR* result) override;
     HRESULT STDMETHODCALLTYPE DeleteFile(BSTR PathFilename, VARIANT_BOOL* result) override;
+
+    // The About window, modal over the host's window.
+    HRESULT STDMETHODCALLTYPE ShowAbout(LONG OwnerHwnd) override;
 };
 
 }  // namespace ostrel::com

@@ -22,5 +22,7 @@ ProcessPort& systemProcesses();
 TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C library
 PathPort& systemPaths();
 ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
+AnsiRegistryPort& systemAnsiRegistry();  // Linux: no registry, every key missing
+WindowPort& systemWindowing();  // Windows: real dialogs; Linux: none
 
 }  // namespace ostrel::platform

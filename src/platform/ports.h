@@ -3,6 +3,7 @@
 // A null port stands for a service that can't be created.
 #pragma once
 
+#include "platform/ansi_registry_port.h"
 #include "platform/clock_port.h"
 #include "platform/debug_stream_port.h"
 #include "platform/environment_port.h"
@@ -17,6 +18,7 @@
 #include "platform/shell_port.h"
 #include "platform/system_info_port.h"
 #include "platform/time_zone_port.h"
+#include "platform/window_port.h"
 #include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
@@ -37,6 +39,8 @@ struct Ports {
     TimeZonePort* timeZone = nullptr;
     PathPort* paths = nullptr;
     ShellPort* shell = nullptr;
+    AnsiRegistryPort* ansiRegistry = nullptr;
+    WindowPort* windowing = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

@@ -45,6 +45,8 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.timeZone = &timeZone;
     ports.paths = &paths;
     ports.shell = &shell;
+    ports.ansiRegistry = &ansiRegistry;
+    ports.windowing = &windowing;
     install();
 }
 

@@ -20,6 +20,8 @@ Ports defaultPorts() {
     ports.timeZone = &systemTimeZone();
     ports.paths = &systemPaths();
     ports.shell = &systemShell();
+    ports.ansiRegistry = &systemAnsiRegistry();
+    ports.windowing = &systemWindowing();
     return ports;
 }
 
