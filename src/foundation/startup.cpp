@@ -10,13 +10,13 @@
 #include "machine/pc_info.h"
 #include "runtime/automation_error.h"
 #include "ui/language_text.h"
+#include "ui/resource_id_numbers.h"
 
 namespace ostrel {
 
 namespace {
 
 constexpr std::string_view kComponentName = "Ostrel";
-constexpr int32_t kTextUnableToCreate = 338;
 constexpr int32_t kStyleCriticalStop = 16;
 
 // The box of both traps: critical stop, no title of its own. A box that
@@ -64,7 +64,7 @@ void Main() {
             g.startState = StartState::Failed;
             try {  // a handler that fails itself has nobody left to tell
                 showCriticalStop(gobjLanguageText().GetFormattedText(
-                    kTextUnableToCreate, strContext, std::to_string(error.number),
+                    ResourceIDNumbers::kStartupFailure, strContext, std::to_string(error.number),
                     error.description));
             } catch (...) {
             }

@@ -35,6 +35,10 @@ std::string joinPath(std::string_view path, std::string_view name, char separato
 // A NUL beyond UTF-16 position 32767 raises 6, as the routine always has.
 std::string gfstrTrimAtNull(std::string_view buffer);
 
+// True when the bytes are well-formed UTF-8 (no overlong forms, no
+// surrogates, nothing beyond U+10FFFF, no sequence cut short).
+bool isValidUtf8(std::string_view text);
+
 // UTF-8 and UTF-16 at the edges (hosts, Windows adapters). Invalid input
 // becomes U+FFFD.
 std::u16string toUtf16(std::string_view utf8);

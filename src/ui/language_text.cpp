@@ -5,42 +5,88 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <system_error>
 #include <utility>
+#include <vector>
 
+#include "foundation/globals.h"
 #include "runtime/automation_error.h"
+#include "runtime/text.h"
+#include "ui/builtin_language.h"
+#include "ui/language_choice.h"
 
 namespace ostrel {
 
 namespace {
 
-// The one place the language is picked: English until there are others.
-std::string_view languageSuffix() {
-    return "en";
-}
+// The component whose English texts and pictures are built in.
+constexpr std::string_view kBuiltinComponent = "Ostrel";
+// Far beyond any real text file or picture: a bigger file is not ours.
+constexpr uintmax_t kMaxTextFileBytes = 1u << 20;
+constexpr uintmax_t kMaxPictureBytes = 4u << 20;
 
 std::filesystem::path toPath(std::string_view utf8) {
-    std::u8string u8;
-    u8.reserve(utf8.size());
-    for (char c : utf8) u8.push_back(static_cast<char8_t>(c));
-    return std::filesystem::path(u8);
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
 }
 
-// The texts file is read before the file system object exists (start-up
-// binds the language first), so it is read here directly.
-std::optional<std::string> readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return std::nullopt;
-    std::ostringstream content;
-    content << in.rdbuf();
-    if (in.bad()) return std::nullopt;
-    return std::move(content).str();
-}
-
-[[noreturn]] void raiseBadLine(const std::filesystem::path& file, int lineNumber) {
+std::string nameOf(const std::filesystem::path& file) {
     const std::u8string name = file.u8string();
-    raise(kErrInvalidCall, "Bad text at line " + std::to_string(lineNumber) + " of " +
-                               std::string(name.begin(), name.end()));
+    return std::string(name.begin(), name.end());
+}
+
+[[noreturn]] void raiseBadFile(const std::filesystem::path& file, std::string_view what) {
+    raise(kErrInvalidCall, std::string(what) + ": " + nameOf(file));
+}
+
+[[noreturn]] void raiseBadLine(const std::filesystem::path& file, int lineNumber,
+                               std::string_view what = "Bad text") {
+    raise(kErrInvalidCall,
+          std::string(what) + " at line " + std::to_string(lineNumber) + " of " + nameOf(file));
+}
+
+// The whole file; nullopt when there is nothing at that path. Anything there
+// that is not a readable regular file of a sane size raises, naming it.
+// The store is read before the file system object exists (start-up binds the
+// language first), so it is read here directly.
+std::optional<std::string> readDataFile(const std::filesystem::path& file, uintmax_t limit) {
+    std::error_code ec;
+    const auto status = std::filesystem::status(file, ec);
+    if (status.type() == std::filesystem::file_type::not_found) return std::nullopt;
+    if (ec) raiseBadFile(file, "Can't read the language file");
+    if (status.type() == std::filesystem::file_type::directory) {
+        raiseBadFile(file, "The language file is a folder");
+    }
+    // A pipe or a device would block or never end.
+    if (status.type() != std::filesystem::file_type::regular) {
+        raiseBadFile(file, "The language file is not a regular file");
+    }
+    const uintmax_t size = std::filesystem::file_size(file, ec);
+    if (ec) raiseBadFile(file, "Can't read the language file");
+    if (size > limit) raiseBadFile(file, "The language file is too large");
+
+    std::ifstream in(file, std::ios::binary);
+    std::string content(static_cast<size_t>(size), '\0');
+    if (!in || !in.read(content.data(), static_cast<std::streamsize>(size))) {
+        raiseBadFile(file, "Can't read the language file");
+    }
+    // A file that grew while read is cut at the size seen; one that shrank is damaged.
+    if (static_cast<uintmax_t>(in.gcount()) != size)
+        raiseBadFile(file, "Can't read the language file");
+    return content;
+}
+
+std::string_view trimmed(std::string_view text) {
+    const size_t first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) return {};
+    const size_t last = text.find_last_not_of(" \t");
+    return text.substr(first, last - first + 1);
+}
+
+std::optional<int32_t> numberOf(std::string_view text) {
+    int32_t number = 0;
+    const auto [rest, ec] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || ec != std::errc() || rest != text.data() + text.size()) return std::nullopt;
+    return number;
 }
 
 // \n is a line break (CR LF, as message boxes take it), \t a tab, \\ a backslash.
@@ -70,10 +116,48 @@ std::optional<std::string> unescape(std::string_view raw) {
     return text;
 }
 
-std::map<int32_t, std::string> parseTexts(std::string_view content,
-                                          const std::filesystem::path& file) {
+// face;points[;bold][;italic][;underline][;strikethrough]
+std::optional<Font> parseFont(std::string_view spec) {
+    std::vector<std::string_view> parts;
+    for (size_t start = 0;;) {
+        const size_t end = spec.find(';', start);
+        parts.push_back(trimmed(spec.substr(start, end - start)));
+        if (end == std::string_view::npos) break;
+        start = end + 1;
+    }
+    if (parts.size() < 2 || parts[0].empty()) return std::nullopt;
+    Font font;
+    font.name = parts[0];
+    const auto [rest, ec] =
+        std::from_chars(parts[1].data(), parts[1].data() + parts[1].size(), font.size);
+    // The size range a font object takes.
+    if (ec != std::errc() || rest != parts[1].data() + parts[1].size() || !(font.size > 0) ||
+        font.size > 2048) {
+        return std::nullopt;
+    }
+    for (size_t i = 2; i < parts.size(); ++i) {
+        const std::string flag = lowerCase(parts[i]);
+        bool* target = flag == "bold"            ? &font.bold
+                       : flag == "italic"        ? &font.italic
+                       : flag == "underline"     ? &font.underline
+                       : flag == "strikethrough" ? &font.strikethrough
+                                                 : nullptr;
+        if (!target) return std::nullopt;
+        *target = true;
+    }
+    return font;
+}
+
+// A picture lies beside the text file: a plain .ico or .bmp name.
+bool isPictureName(std::string_view name) {
+    if (name.find_first_of("/\\:") != std::string_view::npos || name.starts_with('.')) return false;
+    const std::string lower = lowerCase(name);
+    return lower.size() > 4 && (lower.ends_with(".ico") || lower.ends_with(".bmp"));
+}
+
+clsLanguageText::Store parseStore(std::string_view content, const std::filesystem::path& file) {
     if (content.starts_with("\xEF\xBB\xBF")) content.remove_prefix(3);
-    std::map<int32_t, std::string> texts;
+    clsLanguageText::Store store;
     int lineNumber = 0;
     while (!content.empty()) {
         ++lineNumber;
@@ -81,45 +165,160 @@ std::map<int32_t, std::string> parseTexts(std::string_view content,
         std::string_view line = content.substr(0, end);
         content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
         if (line.ends_with('\r')) line.remove_suffix(1);
+        if (!isValidUtf8(line)) raiseBadLine(file, lineNumber, "Not UTF-8");
+        if (line.find('\0') != std::string_view::npos) raiseBadLine(file, lineNumber);
 
-        const size_t first = line.find_first_not_of(" \t");
-        if (first == std::string_view::npos || line[first] == '#') continue;
-
-        const size_t equals = line.find('=');
+        std::string_view entry = trimmed(line);
+        if (entry.empty() || entry.starts_with('#')) continue;
+        enum class Kind { Text, Font, Picture } kind = Kind::Text;
+        for (auto [keyword, which] : {std::pair{std::string_view("font "), Kind::Font},
+                                      std::pair{std::string_view("picture "), Kind::Picture}}) {
+            if (entry.starts_with(keyword)) {
+                kind = which;
+                entry.remove_prefix(keyword.size());
+            }
+        }
+        const size_t equals = entry.find('=');
         if (equals == std::string_view::npos) raiseBadLine(file, lineNumber);
-        std::string_view number = line.substr(0, equals);
-        number.remove_prefix(std::min(number.find_first_not_of(" \t"), number.size()));
-        number.remove_suffix(number.size() - (number.find_last_not_of(" \t") + 1));
-        int32_t textNumber = 0;
-        const auto [rest, ec] =
-            std::from_chars(number.data(), number.data() + number.size(), textNumber);
-        auto text = unescape(line.substr(equals + 1));
-        if (number.empty() || ec != std::errc() || rest != number.data() + number.size() || !text ||
-            !texts.emplace(textNumber, std::move(*text)).second) {
+        const auto number = numberOf(trimmed(entry.substr(0, equals)));
+        if (!number || store.texts.contains(*number) || store.fonts.contains(*number) ||
+            store.pictureFiles.contains(*number)) {
             raiseBadLine(file, lineNumber);
         }
+        // A text keeps its blanks; the other entries don't need them.
+        const std::string_view value = entry.substr(equals + 1);
+        switch (kind) {
+            case Kind::Text: {
+                // The raw line, so that a text's trailing blanks survive.
+                auto text = unescape(line.substr(line.find('=') + 1));
+                if (!text) raiseBadLine(file, lineNumber);
+                store.texts.emplace(*number, std::move(*text));
+                break;
+            }
+            case Kind::Font: {
+                auto font = parseFont(value);
+                if (!font) raiseBadLine(file, lineNumber, "Bad font entry");
+                store.fonts.emplace(*number, std::move(*font));
+                break;
+            }
+            case Kind::Picture:
+                if (!isPictureName(trimmed(value))) raiseBadLine(file, lineNumber, "Bad picture");
+                store.pictureFiles.emplace(*number, std::string(trimmed(value)));
+                break;
+        }
     }
-    return texts;
+    return store;
+}
+
+uint32_t readLe(std::string_view bytes, size_t at, size_t width) {
+    uint32_t value = 0;
+    for (size_t i = 0; i < width; ++i) {
+        value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + i])) << (8 * i);
+    }
+    return value;
+}
+
+// The picture's kind and size from its header; nullopt when the bytes are
+// not an icon or a bitmap as the name says.
+std::optional<Picture> decodePicture(std::string_view name, std::string_view bytes) {
+    Picture picture;
+    picture.kind = lowerCase(name).ends_with(".ico") ? Picture::Kind::Icon : Picture::Kind::Bitmap;
+    if (picture.kind == Picture::Kind::Icon) {
+        // ICONDIR and the first entry; a size byte of 0 means 256.
+        if (bytes.size() < 22 || readLe(bytes, 0, 2) != 0 || readLe(bytes, 2, 2) != 1 ||
+            readLe(bytes, 4, 2) == 0) {
+            return std::nullopt;
+        }
+        const uint32_t length = readLe(bytes, 14, 4);
+        const uint32_t offset = readLe(bytes, 18, 4);
+        if (length == 0 || offset > bytes.size() || length > bytes.size() - offset) {
+            return std::nullopt;
+        }
+        picture.widthPx = bytes[6] ? static_cast<unsigned char>(bytes[6]) : 256;
+        picture.heightPx = bytes[7] ? static_cast<unsigned char>(bytes[7]) : 256;
+    } else {
+        // BITMAPFILEHEADER, then a core (12 bytes) or an info header (40 and more).
+        if (bytes.size() < 26 || !bytes.starts_with("BM")) return std::nullopt;
+        const uint32_t header = readLe(bytes, 14, 4);
+        if (header == 12) {
+            picture.widthPx = static_cast<int32_t>(readLe(bytes, 18, 2));
+            picture.heightPx = static_cast<int32_t>(readLe(bytes, 20, 2));
+        } else if (header >= 40 && bytes.size() >= 54) {
+            picture.widthPx = static_cast<int32_t>(readLe(bytes, 18, 4));
+            const auto height = static_cast<int32_t>(readLe(bytes, 22, 4));
+            if (height == INT32_MIN) return std::nullopt;
+            picture.heightPx = height < 0 ? -height : height;  // negative: stored top down
+        } else {
+            return std::nullopt;
+        }
+        if (readLe(bytes, 10, 4) > bytes.size()) return std::nullopt;
+    }
+    if (picture.widthPx <= 0 || picture.heightPx <= 0) return std::nullopt;
+    picture.bytes.assign(bytes.begin(), bytes.end());
+    return picture;
+}
+
+clsLanguageText::Store builtinStore() {
+    static const clsLanguageText::Store store = [] {
+        const std::string name = std::string(kBuiltinComponent) + ".en.txt";
+        return parseStore(builtinLanguageFile(name).value_or(""), toPath("(built in) " + name));
+    }();
+    return store;
 }
 
 }  // namespace
 
-void clsLanguageText::Initialise(std::string_view componentName, std::string_view componentFolder) {
-    // Every product record binds again with the same values: that must cost nothing.
-    if (!texts_.empty() && componentName == boundName_ && componentFolder == boundFolder_) return;
-
-    std::filesystem::path file = toPath(componentFolder);
-    file /= toPath(std::string(componentName) + "." + std::string(languageSuffix()) + ".txt");
-    const auto content = readFile(file);
-    if (!content) raise(kErrFileNotFound);
-    texts_ = parseTexts(*content, file);
+void clsLanguageText::Initialise(std::string_view componentName, std::string_view componentFolder,
+                                 std::optional<std::string_view>) {
+    // Every product record binds again with the same values: that must cost
+    // nothing, and a file that failed is reported once, not on every record.
+    if (bound_ && componentName == boundName_ && componentFolder == boundFolder_) return;
     boundName_ = componentName;
     boundFolder_ = componentFolder;
+    bound_ = true;
+    pictures_.clear();
+
+    const LanguageChoice choice = chooseLanguage();
+    const bool builtinAtHand = componentName == kBuiltinComponent;
+    auto useEnglish = [&](Store store) {
+        store_ = std::move(store);
+        fromBuiltin_ = false;
+        suffix1_ = "en";
+        suffix2_ = choice.language == "en" ? choice.tag : "en-US";
+    };
+
+    std::filesystem::path file;
+    try {
+        for (const std::string& candidate : choice.fileLanguages()) {
+            file = toPath(componentFolder) /
+                   toPath(std::string(componentName) + "." + candidate + ".txt");
+            const auto content = readDataFile(file, kMaxTextFileBytes);
+            if (!content) continue;
+            Store store = parseStore(*content, file);
+            if (candidate == "en") {
+                useEnglish(std::move(store));
+            } else {
+                store_ = std::move(store);
+                fromBuiltin_ = false;
+                suffix1_ = choice.language;
+                suffix2_ = choice.tag;
+            }
+            return;
+        }
+    } catch (...) {
+        // Bound all the same, so that the windows still have texts.
+        useEnglish(builtinAtHand ? builtinStore() : Store());
+        fromBuiltin_ = builtinAtHand;
+        throw;
+    }
+    useEnglish(builtinAtHand ? builtinStore() : Store());
+    fromBuiltin_ = builtinAtHand;
+    if (!builtinAtHand) raise(kErrFileNotFound, "File not found: " + nameOf(file));
 }
 
 std::string clsLanguageText::GetText(int32_t textNumber) const {
-    const auto found = texts_.find(textNumber);
-    if (found == texts_.end()) raise(kErrInvalidCall);
+    const auto found = store_.texts.find(textNumber);
+    if (found == store_.texts.end()) raise(kErrInvalidCall);
     return found->second;
 }
 
@@ -146,6 +345,47 @@ std::string clsLanguageText::GetFormattedText(int32_t textNumber,
         }
     }
     return text;
+}
+
+std::shared_ptr<const Picture> clsLanguageText::GetPicture(int32_t pictureNumber) const {
+    if (const auto cached = pictures_.find(pictureNumber); cached != pictures_.end()) {
+        return cached->second;
+    }
+    const auto entry = store_.pictureFiles.find(pictureNumber);
+    if (entry == store_.pictureFiles.end()) raise(kErrInvalidCall);
+    const std::string& name = entry->second;
+
+    const std::filesystem::path file = toPath(boundFolder_) / toPath(name);
+    std::optional<std::string> content;
+    if (!fromBuiltin_) content = readDataFile(file, kMaxPictureBytes);
+    std::string source = nameOf(file);
+    if (!content) {
+        // A component copied without its pictures still shows its own.
+        const auto builtin =
+            boundName_ == kBuiltinComponent ? builtinLanguageFile(name) : std::nullopt;
+        if (!builtin) raise(kErrFileNotFound, "File not found: " + source);
+        content = std::string(*builtin);
+        source.clear();
+    }
+    auto picture = decodePicture(name, *content);
+    if (!picture) raiseBadFile(file, "Not a valid picture");
+    picture->file = source;
+    auto shared = std::make_shared<const Picture>(std::move(*picture));
+    pictures_.emplace(pictureNumber, shared);
+    return shared;
+}
+
+void clsLanguageText::ApplyFont(int32_t textNumber, Font& font) const {
+    const auto found = store_.fonts.find(textNumber);
+    if (found == store_.fonts.end()) raise(kErrInvalidCall);
+    const int32_t charset = font.charset;  // the caller's, set from text 279
+    font = found->second;
+    font.charset = charset;
+}
+
+void clsLanguageText::GetLanguageSuffixes(std::string& suffix1, std::string& suffix2) const {
+    suffix1 = suffix1_;
+    suffix2 = suffix2_;
 }
 
 }  // namespace ostrel

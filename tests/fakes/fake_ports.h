@@ -56,7 +56,9 @@ class FakeEnvironment : public platform::EnvironmentPort {
 class FakeLocale : public platform::LocalePort {
   public:
     LocaleFacts localeFacts;
+    std::string language;
     LocaleFacts facts() override { return localeFacts; }
+    std::string uiLanguage() override { return language; }
 };
 
 // System records and names as the test sets them. The name calls behave as

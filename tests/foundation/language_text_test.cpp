@@ -69,17 +69,24 @@ TEST_F(LanguageText, RejectsABrokenFile) {
     }
 }
 
-TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAMissingFileKeepsTheTexts) {
+TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAFailureIsReportedOnce) {
     const std::string folder = writeTexts("1=first\n");
     text.Initialise("Demo", folder);
     // Not read again: the same values bind nothing new.
     writeTexts("1=changed\n");
-    text.Initialise("Demo", folder);
+    text.Initialise("Demo", folder, "third");
     EXPECT_EQ(text.GetText(1), "first");
 
     const std::string elsewhere = utf8Of(fx.programData / "none");
-    EXPECT_EQ(errorNumberOf([&] { text.Initialise("Demo", elsewhere); }), 53);
-    EXPECT_EQ(text.GetText(1), "first");
+    try {
+        text.Initialise("Demo", elsewhere);
+        ADD_FAILURE() << "a missing file raises";
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(error.number, 53);
+        EXPECT_EQ(error.description,
+                  "File not found: " + utf8Of(fx.programData / "none" / "Demo.en.txt"));
+    }
+    EXPECT_NO_THROW(text.Initialise("Demo", elsewhere)) << "reported once, not on every record";
 
     // Other values bind anew.
     writeBytes(textFolder() / "Other.en.txt", "1=other\n");

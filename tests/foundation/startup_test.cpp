@@ -11,6 +11,7 @@
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "machine/pc_info.h"
+#include "ui/language_text.h"
 
 namespace ostrel {
 namespace {
@@ -48,12 +49,18 @@ void expectFailedOnce(TestApartment& fx, const std::string& text) {
     EXPECT_EQ(fx.messageBox.shown.size(), 1u) << "no retry";
 }
 
-TEST(Startup, MissingLanguageFileShowsTheDescriptionAndStopsThere) {
+TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStopsThere) {
     TestApartment fx;
-    fx.environment.folder = fakes::utf8Of(fx.programData);  // no texts there
+    fx.environment.folder = fakes::utf8Of(fx.programData);
+    fakes::writeBytes(fx.programData / "Ostrel.en.txt", "108=Ostrel\nno text here\n");
     fx.install();
-    expectFailedOnce(fx, "File not found");
+    expectFailedOnce(fx,
+                     "Bad text at line 2 of " + fakes::utf8Of(fx.programData / "Ostrel.en.txt"));
     EXPECT_FALSE(apartment().gobjFileSystem) << "the globals stay as far as the steps got";
+    // Every record binds again: the file is not reported a second time, and
+    // the built-in English texts stand in.
+    EXPECT_NO_THROW(gobjLanguageText().Initialise("Ostrel", fx.environment.folder));
+    EXPECT_EQ(gobjLanguageText().GetText(108), "Ostrel");
 }
 
 TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {

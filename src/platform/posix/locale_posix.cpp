@@ -2,6 +2,7 @@
 #include <locale.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "platform/adapters.h"
@@ -41,6 +42,15 @@ class PosixLocale final : public LocalePort {
     LocaleFacts facts() override {
         static const LocaleFacts user = readUserLocale();
         return user;
+    }
+    // The messages' locale, as setlocale would pick it: LC_ALL, then
+    // LC_MESSAGES, then LANG; the first that is set and not empty.
+    std::string uiLanguage() override {
+        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+            const char* value = std::getenv(name);
+            if (value && *value) return value;
+        }
+        return std::string();
     }
 };
 

@@ -30,6 +30,15 @@ class Win32Locale final : public LocalePort {
         if (!decimal.empty()) facts.decimalSeparator = std::move(decimal);
         return facts;
     }
+    // The language of the user's interface (not the regional formats).
+    std::string uiLanguage() override {
+        wchar_t name[LOCALE_NAME_MAX_LENGTH];
+        const LCID lcid = MAKELCID(GetUserDefaultUILanguage(), SORT_DEFAULT);
+        const int length = LCIDToLocaleName(lcid, name, LOCALE_NAME_MAX_LENGTH, 0);
+        if (length <= 1) return std::string();
+        return fromUtf16(std::u16string_view(reinterpret_cast<const char16_t*>(name),
+                                             static_cast<size_t>(length - 1)));
+    }
 };
 
 }  // namespace
