@@ -33,7 +33,8 @@ class AboutWindow : public ::testing::Test {
     // with `changed` lines put in place of those of the same key.
     void bindTexts(const std::vector<std::string>& changed = {},
                    const std::vector<std::string>& dropped = {}) {
-        const auto folder = fx.programData / "texts";
+        // A folder of its own each time: binding to the same one again reads nothing.
+        const auto folder = fx.programData / ("texts" + std::to_string(++binds_));
         std::filesystem::create_directories(folder);
         for (const char* picture : {"Ostrel.286.ico", "Ostrel.314.bmp"}) {
             std::filesystem::copy_file(pathOf(fx.environment.folder) / picture, folder / picture,
@@ -62,6 +63,9 @@ class AboutWindow : public ::testing::Test {
     }
 
     fakes::TestApartment fx;
+
+  private:
+    int binds_ = 0;
 };
 
 const std::string kToolKey = "SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
@@ -253,7 +257,7 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
         for (const std::string& call : fx.ansiRegistry.calls) {
             secondKeyRead = secondKeyRead || call.find(kFolderKey) != std::string::npos;
         }
-        if (!c.secondKeyRead) EXPECT_FALSE(secondKeyRead);
+        EXPECT_TRUE(c.secondKeyRead || !secondKeyRead);
     }
 }
 
