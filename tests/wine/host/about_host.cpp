@@ -8,6 +8,9 @@
 //   about_host VERSION_LABEL [READY_FILE GO_FILE]
 // With the two files the host writes READY_FILE once the window is up and
 // waits (at most 30 s) for GO_FILE, so that a screenshot can be taken.
+//   about_host --escape CAPTION
+// Waits for another program's dialog of that caption, not in the task bar,
+// presses Escape in it and waits for it to go.
 // Exit code: number of failed checks.
 #include <windows.h>
 
@@ -200,10 +203,17 @@ void checkUnavailable(HWND dialog, const char* how) {
             button = textOf(child);
         } else if (cls == L"Static") {
             if (textOf(child) == kUnavailable) text = true;
-            if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) ++icons;
+            // An icon control that holds no icon shows none.
+            if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON &&
+                SendMessageW(child, STM_GETICON, 0, 0) != 0) {
+                ++icons;
+            }
         }
     }
     check(text, "the message reads \"System Information Is Unavailable At This Time\"");
+    if (!(buttons == 1 && button == L"OK" && icons == 0)) {
+        std::printf("      %d button(s), the last \"%ls\", %d icon(s)\n", buttons, button.c_str(), icons);
+    }
     check(buttons == 1 && button == L"OK" && icons == 0, "only an OK button, no icon");
     PostMessageW(box, WM_COMMAND, IDOK, 0);
     check(waitGone(box), "the message box closes with OK");
@@ -241,9 +251,27 @@ void enterOnSysInfo(HWND dialog) {
     pressKey(dialog, VK_ESCAPE);
 }
 
+// Another program's About window, closed by Escape.
+int escapeFrom(const char* caption) {
+    const std::string text = caption;
+    const std::wstring wanted(text.begin(), text.end());
+    HWND dialog = waitFor([&] { return FindWindowW(L"#32770", wanted.c_str()); });
+    check(dialog != nullptr, "the program shows its About window");
+    if (!dialog) return host::failures;
+    check((GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_APPWINDOW) == 0 &&
+              GetWindow(dialog, GW_OWNER) != nullptr &&
+              !IsWindowVisible(GetWindow(dialog, GW_OWNER)),
+          "without a host window it is owned by a hidden one, so not in the task bar");
+    waitFor([&] { return focusOf(dialog); }, 5000);
+    pressKey(dialog, VK_ESCAPE);
+    check(waitGone(dialog), "Escape closes it");
+    return host::failures;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3 && std::string(argv[1]) == "--escape") return escapeFrom(argv[2]);
     if (argc < 2) {
         std::fprintf(stderr, "usage: about_host VERSION_LABEL [READY_FILE GO_FILE]\n");
         return 2;
