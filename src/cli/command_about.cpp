@@ -36,7 +36,7 @@ Record fontRecord(const std::optional<Font>& font) {
                   {"Charset", font->charset}};
 }
 
-const char* buttonWith(const Form& form, bool Control::* role) {
+const char* buttonWith(const Form& form, bool Control::*role) {
     for (const Control& control : form.controls) {
         if (control.*role) return control.name.c_str();
     }

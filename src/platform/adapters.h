@@ -23,6 +23,6 @@ TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C 
 PathPort& systemPaths();
 ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
 AnsiRegistryPort& systemAnsiRegistry();  // Linux: no registry, every key missing
-WindowPort& systemWindowing();  // Windows: real dialogs; Linux: none
+WindowPort& systemWindowing();           // Windows: real dialogs; Linux: none
 
 }  // namespace ostrel::platform

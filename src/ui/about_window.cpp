@@ -65,7 +65,8 @@ Form frmAboutDesign() {
     Control picIcon =
         designControl("picIcon", ControlKind::PictureBox, "", 3240, 120, 2250, 840, 1);
     picIcon.autoSize = true;
-    Control cmdOK = designControl("cmdOK", ControlKind::CommandButton, "OK", 1507, 1170, 1260, 345, 0);
+    Control cmdOK =
+        designControl("cmdOK", ControlKind::CommandButton, "OK", 1507, 1170, 1260, 345, 0);
     cmdOK.isDefault = true;
     cmdOK.isCancel = true;
     Control cmdSysInfo = designControl("cmdSysInfo", ControlKind::CommandButton, "&System Info...",
@@ -132,9 +133,9 @@ bool GetKeyValue(int32_t hive, const std::string& keyName, const std::string& va
                     value += hexOf(static_cast<unsigned char>(*at));
                 }
                 const std::string hex = "&h" + value;
-                value = isNumeric(hex)
-                            ? formatNumber(toDouble(hex), "", requirePort(apartment().ports.locale).facts())
-                            : hex;
+                value = isNumeric(hex) ? formatNumber(toDouble(hex), "",
+                                                      requirePort(apartment().ports.locale).facts())
+                                       : hex;
             }
             // Any other type leaves value as the caller passed it.
             registry.closeKey(key);

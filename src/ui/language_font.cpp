@@ -23,12 +23,14 @@ Font& fontOf(Control& control) {
 void gsubApplyLanguageFont(Form& form) {
     // Resume next throughout: each failing step is skipped, the next one runs.
     std::string characterSet;
-    resumeNext([&] { characterSet = gobjLanguageText().GetText(ResourceIDNumbers::kCharacterSet); });
+    resumeNext(
+        [&] { characterSet = gobjLanguageText().GetText(ResourceIDNumbers::kCharacterSet); });
     if (!isNumeric(characterSet)) return;
 
     for (Control& control : form.controls) {
         resumeNext([&] { fontOf(control).charset = toLong(characterSet); });
-        resumeNext([&] { gobjLanguageText().ApplyFont(ResourceIDNumbers::kFontEntry, fontOf(control)); });
+        resumeNext(
+            [&] { gobjLanguageText().ApplyFont(ResourceIDNumbers::kFontEntry, fontOf(control)); });
     }
 }
 

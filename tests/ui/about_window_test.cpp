@@ -21,10 +21,14 @@ using fakes::utf8Of;
 
 // The English texts the window needs; a test replaces or drops single lines.
 const std::vector<std::string> kTexts = {
-    "108=Ostrel",       "131=OK",
-    "279=0",            "font 280=Arial;10;bold",
-    "312=About ",       "313=&System Info...",
-    "picture 286=Ostrel.286.ico", "picture 314=Ostrel.314.bmp",
+    "108=Ostrel",
+    "131=OK",
+    "279=0",
+    "font 280=Arial;10;bold",
+    "312=About ",
+    "313=&System Info...",
+    "picture 286=Ostrel.286.ico",
+    "picture 314=Ostrel.314.bmp",
 };
 
 class AboutWindow : public ::testing::Test {
@@ -57,8 +61,7 @@ class AboutWindow : public ::testing::Test {
     }
 
     // A registry value for the system-information keys.
-    void value(const std::string& key, const std::string& name, uint32_t type,
-               std::string bytes) {
+    void value(const std::string& key, const std::string& name, uint32_t type, std::string bytes) {
         fx.ansiRegistry.keys["80000002\\" + key][name] = {type, std::move(bytes)};
     }
 
@@ -98,8 +101,8 @@ TEST_F(AboutWindow, LoadSetsTextsPicturesVersionAndFontLast) {
     }
     EXPECT_EQ(form.font.name, Font{}.name);
 
-    EXPECT_EQ(form.tabOrder(),
-              (std::vector<std::string>{"cmdOK", "picIcon", "cmdSysInfo", "lblTitle", "lblVersion"}));
+    EXPECT_EQ(form.tabOrder(), (std::vector<std::string>{"cmdOK", "picIcon", "cmdSysInfo",
+                                                         "lblTitle", "lblVersion"}));
     EXPECT_TRUE(form.control("cmdOK").isDefault && form.control("cmdOK").isCancel);
     EXPECT_EQ(twipsToPixels(form.left, 96), 156);
     EXPECT_EQ(twipsToPixels(form.clientWidth, 96), 375);
@@ -221,15 +224,21 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
          true,
          false,
          folder + "\\MSINFO32.EXE @1"},
-        {"second key's folder without the tool", {{kFolderKey, "MSINFO", 1, "C:\\nowhere"}}, false,
-         false, ""},
+        {"second key's folder without the tool",
+         {{kFolderKey, "MSINFO", 1, "C:\\nowhere"}},
+         false,
+         false,
+         ""},
         {"both keys missing", {}, false, false, ""},
         {"first value of another type: empty path fails to start",
          {{kToolKey, "PATH", 3, "\x01"}},
          false,
          true,
          ""},
-        {"first value of size 0: error in GetKeyValue", {{kToolKey, "PATH", 1, ""}}, false, false,
+        {"first value of size 0: error in GetKeyValue",
+         {{kToolKey, "PATH", 1, ""}},
+         false,
+         false,
          ""},
     };
     for (const Case& c : cases) {
@@ -246,7 +255,8 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
         if (c.started.empty()) {
             EXPECT_TRUE(fx.processes.started.empty());
             ASSERT_EQ(fx.messageBox.shown.size(), 1u);
-            EXPECT_EQ(fx.messageBox.shown[0].text, "System Information Is Unavailable At This Time");
+            EXPECT_EQ(fx.messageBox.shown[0].text,
+                      "System Information Is Unavailable At This Time");
             EXPECT_EQ(fx.messageBox.shown[0].style, 0);
             EXPECT_EQ(fx.messageBox.shown[0].title, "");
         } else {

@@ -34,9 +34,8 @@ class Win32AnsiRegistry final : public AnsiRegistryPort {
         DWORD valueSize = size;
         // The call never writes beyond what the caller says the buffer holds.
         if (valueSize > buffer.size()) valueSize = static_cast<DWORD>(buffer.size());
-        const LONG status =
-            RegQueryValueExA(handleOf(key), name.c_str(), nullptr, &valueType,
-                             reinterpret_cast<BYTE*>(buffer.data()), &valueSize);
+        const LONG status = RegQueryValueExA(handleOf(key), name.c_str(), nullptr, &valueType,
+                                             reinterpret_cast<BYTE*>(buffer.data()), &valueSize);
         type = valueType;
         size = valueSize;
         return static_cast<int32_t>(status);

@@ -57,7 +57,8 @@ HICON iconFromFile(const std::vector<uint8_t>& bytes, int wanted) {
         }
         if (offset > bytes.size() || bytes.size() - offset < size || size == 0) continue;
         const int side = width == 0 ? 256 : width;
-        const bool better = bestSide < 0 || (side >= wanted && (bestSide < wanted || side < bestSide)) ||
+        const bool better = bestSide < 0 ||
+                            (side >= wanted && (bestSide < wanted || side < bestSide)) ||
                             (bestSide < wanted && side > bestSide);
         if (better) std::tie(bestSide, bestSize, bestOffset) = std::tuple(side, size, offset);
     }
@@ -88,7 +89,7 @@ HBITMAP bitmapFromFile(const std::vector<uint8_t>& bytes) {
         return nullptr;
     }
     // The header, its colour masks and palette stand between it and the bits.
-    std::vector<uint8_t> info(bytes.begin() + kFileHeader, bytes.begin() + bitsOffset);
+    std::vector<uint8_t> info(bytes.data() + kFileHeader, bytes.data() + bitsOffset);
     info.resize(std::max(info.size(), sizeof(BITMAPINFOHEADER) + 256 * sizeof(RGBQUAD)));
     void* bits = nullptr;
     HBITMAP bitmap = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(info.data()),
@@ -132,7 +133,7 @@ struct Showing {
         if (index < 0 || index >= static_cast<int>(byId.size())) return nullptr;
         return byId[static_cast<size_t>(index)];
     }
-    const Control* find(bool Control::* role) const {
+    const Control* find(bool Control::*role) const {
         for (const Control& control : form->controls) {
             if (control.*role) return &control;
         }
@@ -177,12 +178,12 @@ void createControls(HWND dialog, Showing& showing) {
                 break;
         }
         const std::u16string text = wide(control->text);
-        HWND child = CreateWindowExW(
-            0, windowClass, wptr(text), style, showing.px(control->left), showing.px(control->top),
-            widthInPixels(*control, showing.dotsPerInch),
-            heightInPixels(*control, showing.dotsPerInch), dialog,
-            reinterpret_cast<HMENU>(static_cast<INT_PTR>(showing.idOf(*control))), instance,
-            nullptr);
+        HWND child =
+            CreateWindowExW(0, windowClass, wptr(text), style, showing.px(control->left),
+                            showing.px(control->top), widthInPixels(*control, showing.dotsPerInch),
+                            heightInPixels(*control, showing.dotsPerInch), dialog,
+                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(showing.idOf(*control))),
+                            instance, nullptr);
         if (!child) continue;
         SetWindowTextW(child, wptr(text));
         if (control->kind == ControlKind::PictureBox && control->picture &&
@@ -317,12 +318,12 @@ class Win32Windowing final : public WindowPort {
         // host's, a hidden one of our own.
         HWND hiddenOwner = nullptr;
         if (!owner) {
-            hiddenOwner = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr,
-                                          nullptr, instance, nullptr);
+            hiddenOwner = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                                          instance, nullptr);
             owner = hiddenOwner;
         }
-        const INT_PTR result = DialogBoxIndirectParamW(
-            instance, header, owner, dialogProc, reinterpret_cast<LPARAM>(&showing));
+        const INT_PTR result = DialogBoxIndirectParamW(instance, header, owner, dialogProc,
+                                                       reinterpret_cast<LPARAM>(&showing));
         if (hiddenOwner) DestroyWindow(hiddenOwner);
         if (showing.error) std::rethrow_exception(showing.error);
         if (result == -1) raise(kErrCantCreate);

@@ -70,25 +70,28 @@ bool waitGone(HWND window, DWORD timeoutMs = kAppearMs) {
     return true;
 }
 
+struct OwnedSearch {
+    HWND owner;
+    HWND found;
+};
+
+// A callback of the system's calling convention, as the 32-bit build needs.
+BOOL CALLBACK findOwned(HWND window, LPARAM data) {
+    auto* search = reinterpret_cast<OwnedSearch*>(data);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId() && IsWindowVisible(window) &&
+        GetWindow(window, GW_OWNER) == search->owner && classOf(window) == L"#32770") {
+        search->found = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
 // The visible dialog (class #32770) of this process owned by `owner`.
 HWND ownedDialog(HWND owner) {
-    struct Search {
-        HWND owner;
-        HWND found;
-    } search{owner, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM data) -> BOOL {
-            auto* s = reinterpret_cast<Search*>(data);
-            DWORD process = 0;
-            GetWindowThreadProcessId(window, &process);
-            if (process == GetCurrentProcessId() && IsWindowVisible(window) &&
-                GetWindow(window, GW_OWNER) == s->owner && classOf(window) == L"#32770") {
-                s->found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
+    OwnedSearch search{owner, nullptr};
+    EnumWindows(findOwned, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 
@@ -109,8 +112,8 @@ RECT clientRectOf(HWND child) {
 
 bool at(HWND child, int left, int top, int width, int height) {
     const RECT r = clientRectOf(child);
-    const bool same = r.left == left && r.top == top && r.right - r.left == width &&
-                      r.bottom - r.top == height;
+    const bool same =
+        r.left == left && r.top == top && r.right - r.left == width && r.bottom - r.top == height;
     if (!same) {
         std::printf("      %ls at %ld,%ld size %ldx%ld, wanted %d,%d size %dx%d\n",
                     textOf(child).c_str(), r.left, r.top, r.right - r.left, r.bottom - r.top, left,
@@ -129,7 +132,7 @@ HWND focusOf(HWND window) {
 void pressKey(HWND dialog, WPARAM key) {
     HWND target = focusOf(dialog);
     PostMessageW(target ? target : dialog, WM_KEYDOWN, key, 1);
-    PostMessageW(target ? target : dialog, WM_KEYUP, key, 0xC0000001);
+    PostMessageW(target ? target : dialog, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
 }
 
 // The window as the load built it: place, styles, controls, tab order.
@@ -141,8 +144,7 @@ void checkWindow(HWND dialog, HWND owner, const std::wstring& versionLabel) {
     GetClientRect(dialog, &client);
     check(origin.x == px(2340) && origin.y == px(1935),
           "client area's origin at 2340, 1935 twips on the screen (not centred)");
-    check(client.right == px(5625) && client.bottom == px(1635),
-          "client area 5625 x 1635 twips");
+    check(client.right == px(5625) && client.bottom == px(1635), "client area 5625 x 1635 twips");
     const LONG_PTR style = GetWindowLongPtrW(dialog, GWL_STYLE);
     const LONG_PTR exStyle = GetWindowLongPtrW(dialog, GWL_EXSTYLE);
     check((style & (WS_MINIMIZEBOX | WS_MAXIMIZEBOX | WS_THICKFRAME)) == 0 &&
@@ -175,7 +177,8 @@ void checkWindow(HWND dialog, HWND owner, const std::wstring& versionLabel) {
           "lblTitle: text 108, 270/195, 2745 x 225");
     check(textOf(lblVersion) == versionLabel && at(lblVersion, px(270), px(435), px(2745), px(225)),
           "lblVersion: V major.minor.revision, 270/435, 2745 x 225");
-    check(SendMessageW(lblTitle, WM_GETFONT, 0, 0) != 0, "the language font is set on the controls");
+    check(SendMessageW(lblTitle, WM_GETFONT, 0, 0) != 0,
+          "the language font is set on the controls");
 
     const LRESULT defId = SendMessageW(dialog, DM_GETDEFID, 0, 0);
     check(HIWORD(defId) == DC_HASDEFID && LOWORD(defId) == GetDlgCtrlID(cmdOK),
@@ -212,7 +215,8 @@ void checkUnavailable(HWND dialog, const char* how) {
     }
     check(text, "the message reads \"System Information Is Unavailable At This Time\"");
     if (!(buttons == 1 && button == L"OK" && icons == 0)) {
-        std::printf("      %d button(s), the last \"%ls\", %d icon(s)\n", buttons, button.c_str(), icons);
+        std::printf("      %d button(s), the last \"%ls\", %d icon(s)\n", buttons, button.c_str(),
+                    icons);
     }
     check(buttons == 1 && button == L"OK" && icons == 0, "only an OK button, no icon");
     PostMessageW(box, WM_COMMAND, IDOK, 0);
@@ -322,7 +326,7 @@ int main(int argc, char** argv) {
                     waitFor(
                         [&]() -> HWND {
                             return GetFileAttributesA(goFile) != INVALID_FILE_ATTRIBUTES ? owner
-                                                                                          : nullptr;
+                                                                                         : nullptr;
                         },
                         30000);
                 }
@@ -343,8 +347,9 @@ int main(int argc, char** argv) {
         const HRESULT hr = services->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
                                             &params, nullptr, nullptr, nullptr);
         watcher.join();
-        check(hr == S_OK && IsWindowEnabled(owner),
-              (std::string(round.name) + ": ShowAbout returns, the owner is enabled again").c_str());
+        check(
+            hr == S_OK && IsWindowEnabled(owner),
+            (std::string(round.name) + ": ShowAbout returns, the owner is enabled again").c_str());
         first = false;
     }
     DestroyWindow(owner);
