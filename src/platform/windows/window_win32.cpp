@@ -185,7 +185,6 @@ void createControls(HWND dialog, Showing& showing) {
                             reinterpret_cast<HMENU>(static_cast<INT_PTR>(showing.idOf(*control))),
                             instance, nullptr);
         if (!child) continue;
-        SetWindowTextW(child, wptr(text));
         if (control->kind == ControlKind::PictureBox && control->picture &&
             control->picture->kind == Picture::Kind::Bitmap && !showing.logo) {
             showing.logo = bitmapFromFile(control->picture->bytes);
