@@ -355,5 +355,6 @@ int main(int argc, char** argv) {
     DestroyWindow(owner);
     services.reset();
     CoUninitialize();
+    std::printf("about_host: %d failure(s)\n", host::failures);
     return host::failures;
 }
