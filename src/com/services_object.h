@@ -51,6 +51,9 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
 
     // Localised files.
     HRESULT STDMETHODCALLTYPE GetLocalisedFileName(BSTR BaseFile, BSTR* result) override;
+
+    // The About window, modal over the host's window.
+    HRESULT STDMETHODCALLTYPE ShowAbout(LONG OwnerHwnd) override;
 };
 
 }  // namespace ostrel::com

@@ -23,5 +23,7 @@ TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C 
 PathPort& systemPaths();
 ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
 HelpPort& systemHelp();    // Windows: HtmlHelpA and WinHelpA; Linux: xdg-open
+AnsiRegistryPort& systemAnsiRegistry();  // Linux: no registry, every key missing
+WindowPort& systemWindowing();           // Windows: real dialogs; Linux: none
 
 }  // namespace ostrel::platform

@@ -3,6 +3,7 @@
 // A null port stands for a service that can't be created.
 #pragma once
 
+#include "platform/ansi_registry_port.h"
 #include "platform/clock_port.h"
 #include "platform/debug_stream_port.h"
 #include "platform/environment_port.h"
@@ -18,6 +19,7 @@
 #include "platform/shell_port.h"
 #include "platform/system_info_port.h"
 #include "platform/time_zone_port.h"
+#include "platform/window_port.h"
 #include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
@@ -39,6 +41,8 @@ struct Ports {
     PathPort* paths = nullptr;
     ShellPort* shell = nullptr;
     HelpPort* help = nullptr;
+    AnsiRegistryPort* ansiRegistry = nullptr;
+    WindowPort* windowing = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

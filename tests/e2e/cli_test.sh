@@ -121,5 +121,23 @@ check "process run: ready, with the id" '[ "$rc" = 0 ] && has "$out" "^ready [0-
 run process run "no-such-program --flag"
 check "process run: a program that can't start is not ready" '[ "$rc" = 3 ] && [ "$out" = "not ready" ]'
 
+# The About window as the component builds it (shown only on Windows, so only --json here).
+run about --json
+flat=$(tr -d ' \n' <<<"$out")
+check "about --json: caption, cmdOK in twips and pixels, default and cancel" \
+    '[ "$rc" = 0 ] && has "$flat" "\"Caption\":\"AboutOstrel\"" &&
+     has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
+     has "$flat" "\"DefaultButton\":\"cmdOK\",\"CancelButton\":\"cmdOK\""'
+check "about --json: the tab order, the logo at its 150 x 56 pixels, the version label" \
+    'has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\]" &&
+     has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}" &&
+     has "$flat" "\"Text\":\"V[0-9]+\\.[0-9]+\\.[0-9]+\""'
+OSTREL_LANGUAGE=de run about --json
+check "about --json: German texts with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""'
+if ! $windows; then
+    run about
+    check "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"'
+fi
+
 [ "$failures" -eq 0 ] || { echo "$failures check(s) failed" >&2; exit 1; }
 echo "cli_test: all checks passed"

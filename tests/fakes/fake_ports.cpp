@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "runtime/automation_error.h"
 #include "runtime/format.h"
@@ -237,6 +238,55 @@ void FakeProgramSettings::save(std::string_view application, std::string_view se
                                std::string_view key, std::string_view value) {
     if (saveFails) raise(kErrInvalidCall);
     values[settingKey(application, section, key)] = std::string(value);
+}
+
+int32_t FakeAnsiRegistry::openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
+                                    int64_t& key) {
+    char hiveText[16];
+    std::snprintf(hiveText, sizeof hiveText, "%X", static_cast<uint32_t>(hive));
+    const std::string path = std::string(hiveText) + "\\" + std::string(subKey);
+    char mask[16];
+    std::snprintf(mask, sizeof mask, "%X", access);
+    calls.push_back("open " + path + " " + mask);
+    if (refused.count(path)) return 5;
+    if (!keys.count(path)) return 2;
+    key = nextHandle_++;
+    opened_[key] = path;
+    openHandles.insert(key);
+    return 0;
+}
+
+int32_t FakeAnsiRegistry::queryValueEx(int64_t key, std::string_view valueName, uint32_t& type,
+                                       std::string& buffer, uint32_t& size) {
+    calls.push_back("query " + std::to_string(key) + " " + std::string(valueName));
+    const auto path = opened_.find(key);
+    if (path == opened_.end()) return 6;
+    const auto& values = keys[path->second];
+    const auto value = values.find(std::string(valueName));
+    if (value == values.end()) return 2;
+    type = value->second.type;
+    const std::string& bytes = value->second.bytes;
+    if (bytes.size() > size || bytes.size() > buffer.size()) {
+        size = static_cast<uint32_t>(bytes.size());
+        return 234;
+    }
+    std::copy(bytes.begin(), bytes.end(), buffer.begin());
+    size = static_cast<uint32_t>(bytes.size());
+    return 0;
+}
+
+int32_t FakeAnsiRegistry::closeKey(int64_t key) {
+    calls.push_back("close " + std::to_string(key));
+    return openHandles.erase(key) ? 0 : 6;
+}
+
+void FakeWindowing::showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) {
+    shown.push_back(form);
+    owners.push_back(ownerWindow);
+    for (const std::string& control : clicks) {
+        unloadedBy.push_back(onClick(control));
+        if (unloadedBy.back()) break;
+    }
 }
 
 }  // namespace ostrel::fakes

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -219,6 +220,50 @@ class FakeHelp : public platform::HelpPort {
     void winHelp(std::string_view file, int32_t command) override {
         calls.push_back("win|" + std::string(file) + "|" + std::to_string(command));
     }
+};
+
+// The A-form registry calls on keys of the test's making, "HIVE\\path" with
+// the hive's number in hexadecimal ("80000002\\SOFTWARE\\..."). A key in
+// refused fails to open with 5; a value larger than the buffer answers 234
+// with the size it needs. Calls are written down ("open KEY MASK",
+// "query HANDLE NAME", "close HANDLE"); handles count from 1, and those not
+// closed yet are in openHandles.
+class FakeAnsiRegistry : public platform::AnsiRegistryPort {
+  public:
+    struct Value {
+        uint32_t type = 1;
+        std::string bytes;
+    };
+    std::map<std::string, std::map<std::string, Value>> keys;
+    std::set<std::string> refused;
+    std::set<int64_t> openHandles;
+    std::vector<std::string> calls;
+
+    int32_t openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
+                      int64_t& key) override;
+    int32_t queryValueEx(int64_t key, std::string_view valueName, uint32_t& type,
+                         std::string& buffer, uint32_t& size) override;
+    int32_t closeKey(int64_t key) override;
+    std::string fromAnsi(std::string_view bytes) override { return std::string(bytes); }
+
+  private:
+    std::map<int64_t, std::string> opened_;
+    int64_t nextHandle_ = 1;
+};
+
+// No screen: a resolution of the test's choice, and each form shown is kept
+// with its owner; the presses in `clicks` are made in turn while it is
+// shown, until one unloads it.
+class FakeWindowing : public platform::WindowPort {
+  public:
+    int32_t dpi = 96;
+    std::vector<std::string> clicks;
+    std::vector<Form> shown;
+    std::vector<int64_t> owners;
+    std::vector<bool> unloadedBy;  // what each press answered
+
+    int32_t dotsPerInch() override { return dpi; }
+    void showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) override;
 };
 
 }  // namespace ostrel::fakes

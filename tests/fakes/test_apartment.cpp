@@ -46,6 +46,8 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.paths = &paths;
     ports.shell = &shell;
     ports.help = &help;
+    ports.ansiRegistry = &ansiRegistry;
+    ports.windowing = &windowing;
     install();
 }
 

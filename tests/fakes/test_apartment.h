@@ -20,7 +20,7 @@ class TestApartment {
     // component folder the one of the test program (where the language file
     // lies), the registry an empty .reg registry, the XML document object the
     // platform's own, the lock, the older settings store, the time zone, the path calls and
-    // the shell fakes.
+    // the shell fakes, the A-form registry calls and the windows.
     TestApartment();
     ~TestApartment();
     TestApartment(const TestApartment&) = delete;
@@ -53,6 +53,8 @@ class TestApartment {
     FakePaths paths;
     FakeShell shell;
     FakeHelp help;
+    FakeAnsiRegistry ansiRegistry;
+    FakeWindowing windowing;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it

@@ -6,7 +6,7 @@
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "runtime/automation_error.h"
-#include "ui/builtin_language.h"
+#include "foundation/builtin_data.h"
 #include "ui/language_text.h"
 #include "ui/resource_id_numbers.h"
 
@@ -158,7 +158,7 @@ TEST_F(LanguageText, AppliesFontEntriesAndHandsOutPictures) {
         "picture 286=Ostrel.286.ico\n"
         "picture 7=broken.bmp\n"
         "picture 8=gone.ico\n");
-    writeBytes(textFolder() / "Ostrel.286.ico", *builtinLanguageFile("Ostrel.286.ico"));
+    writeBytes(textFolder() / "Ostrel.286.ico", *builtinDataFile("Ostrel.286.ico"));
     writeBytes(textFolder() / "broken.bmp", "BM not really");
     text.Initialise("Demo", folder);
 

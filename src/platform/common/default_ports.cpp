@@ -21,6 +21,8 @@ Ports defaultPorts() {
     ports.paths = &systemPaths();
     ports.shell = &systemShell();
     ports.help = &systemHelp();
+    ports.ansiRegistry = &systemAnsiRegistry();
+    ports.windowing = &systemWindowing();
     return ports;
 }
 

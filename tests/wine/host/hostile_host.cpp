@@ -9,8 +9,8 @@
 //
 // Members left out on purpose: ReleaseMutexHandle closes whatever handle
 // it is given, so random numbers would close the host's own handles, which
-// no component can guard against; BrowseForFolder waits for a user who is
-// not there; DeleteFile deletes whatever file it is named.
+// no component can guard against; BrowseForFolder and ShowAbout wait for a
+// user who is not there; DeleteFile deletes whatever file it is named.
 #include <windows.h>
 
 #include <psapi.h>
@@ -257,9 +257,10 @@ std::vector<Member> members(IDispatch* object) {
         if (SUCCEEDED(info->GetFuncDesc(i, &func))) {
             BSTR name = nullptr;
             info->GetDocumentation(func->memid, &name, nullptr, nullptr, nullptr);
-            const bool excluded = name && (std::wstring(name) == L"ReleaseMutexHandle" ||
-                                           std::wstring(name) == L"BrowseForFolder" ||
-                                           std::wstring(name) == L"DeleteFile");
+            const bool excluded =
+                name && (std::wstring(name) == L"ReleaseMutexHandle" ||
+                         std::wstring(name) == L"BrowseForFolder" ||
+                         std::wstring(name) == L"ShowAbout" || std::wstring(name) == L"DeleteFile");
             SysFreeString(name);
             if (!excluded) {
                 ids.push_back({func->memid, static_cast<WORD>(func->invkind),

@@ -1,0 +1,289 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "fakes/error_number.h"
+#include "fakes/test_apartment.h"
+#include "foundation/globals.h"
+#include "ostrel_version.h"
+#include "ui/about_window.h"
+#include "ui/language_font.h"
+#include "ui/language_text.h"
+
+namespace ostrel {
+namespace {
+
+using fakes::errorNumberOf;
+using fakes::pathOf;
+using fakes::utf8Of;
+
+// The English texts the window needs; a test replaces or drops single lines.
+const std::vector<std::string> kTexts = {
+    "108=Ostrel",
+    "131=OK",
+    "279=0",
+    "font 280=Arial;10;bold",
+    "312=About ",
+    "313=&System Info...",
+    "picture 286=Ostrel.286.ico",
+    "picture 314=Ostrel.314.bmp",
+};
+
+class AboutWindow : public ::testing::Test {
+  protected:
+    // Binds the apartment's language store to a text file made of kTexts
+    // with `changed` lines put in place of those of the same key.
+    void bindTexts(const std::vector<std::string>& changed = {},
+                   const std::vector<std::string>& dropped = {}) {
+        // A folder of its own each time: binding to the same one again reads nothing.
+        const auto folder = fx.programData / ("texts" + std::to_string(++binds_));
+        std::filesystem::create_directories(folder);
+        for (const char* picture : {"Ostrel.286.ico", "Ostrel.314.bmp"}) {
+            std::filesystem::copy_file(pathOf(fx.environment.folder) / picture, folder / picture,
+                                       std::filesystem::copy_options::overwrite_existing);
+        }
+        std::string content;
+        for (const std::string& line : kTexts) {
+            const std::string key = line.substr(0, line.find('='));
+            bool skip = false;
+            for (const std::string& gone : dropped) skip = skip || gone == key;
+            for (const std::string& other : changed) {
+                if (other.substr(0, other.find('=')) == key) skip = true;
+            }
+            if (!skip) content += line + "\n";
+        }
+        for (const std::string& line : changed) content += line + "\n";
+        fakes::writeBytes(folder / "Ostrel.en.txt", content);
+        fx.environment.variables["OSTREL_LANGUAGE"] = "en";
+        gobjLanguageText().Initialise("Ostrel", utf8Of(folder));
+    }
+
+    // A registry value for the system-information keys.
+    void value(const std::string& key, const std::string& name, uint32_t type, std::string bytes) {
+        fx.ansiRegistry.keys["80000002\\" + key][name] = {type, std::move(bytes)};
+    }
+
+    fakes::TestApartment fx;
+
+  private:
+    int binds_ = 0;
+};
+
+const std::string kToolKey = "SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
+const std::string kFolderKey = "SOFTWARE\\Microsoft\\Shared Tools Location";
+
+TEST_F(AboutWindow, LoadSetsTextsPicturesVersionAndFontLast) {
+    bindTexts();
+    const Form form = frmAboutLoad(120);
+    EXPECT_EQ(form.caption, "About Ostrel");
+    ASSERT_TRUE(form.icon);
+    EXPECT_EQ(form.icon->kind, Picture::Kind::Icon);
+    EXPECT_EQ(form.control("lblTitle").text, "Ostrel");
+    EXPECT_EQ(form.control("cmdOK").text, "OK");
+    EXPECT_EQ(form.control("cmdSysInfo").text, "&System Info...");
+    EXPECT_EQ(form.control("lblVersion").text, "V" + std::to_string(kVersionMajor) + "." +
+                                                   std::to_string(kVersionMinor) + "." +
+                                                   std::to_string(kVersionRevision));
+    // The logo is 150 x 56 pixels at any resolution; its twips follow the screen's.
+    const Control& logo = form.control("picIcon");
+    ASSERT_TRUE(logo.picture);
+    EXPECT_EQ(logo.picture->kind, Picture::Kind::Bitmap);
+    EXPECT_EQ(widthInPixels(logo, 120), 150);
+    EXPECT_EQ(heightInPixels(logo, 120), 56);
+    EXPECT_EQ(logo.width, 1800);
+    EXPECT_EQ(logo.height, 672);
+    // Font entry 280 reached every control, the form's own font stays.
+    for (const Control& control : form.controls) {
+        EXPECT_EQ(control.font->name, "Arial") << control.name;
+        EXPECT_TRUE(control.font->bold) << control.name;
+    }
+    EXPECT_EQ(form.font.name, Font{}.name);
+
+    EXPECT_EQ(form.tabOrder(), (std::vector<std::string>{"cmdOK", "picIcon", "cmdSysInfo",
+                                                         "lblTitle", "lblVersion"}));
+    EXPECT_TRUE(form.control("cmdOK").isDefault && form.control("cmdOK").isCancel);
+    EXPECT_EQ(twipsToPixels(form.left, 96), 156);
+    EXPECT_EQ(twipsToPixels(form.clientWidth, 96), 375);
+    EXPECT_EQ(twipsToPixels(1507, 96), 100);
+}
+
+TEST_F(AboutWindow, CaptionIsTheNameAloneWithAnEmptyText312) {
+    bindTexts({"312="});
+    EXPECT_EQ(frmAboutLoad().caption, "Ostrel");
+}
+
+TEST_F(AboutWindow, LoadHasNoTrap) {
+    bindTexts({}, {"313"});
+    EXPECT_EQ(errorNumberOf([] { frmAboutLoad(); }), 5);
+}
+
+TEST_F(AboutWindow, LanguageFontNeedsANumericCharacterSet) {
+    struct Case {
+        const char* text279;
+        bool applied;
+    };
+    for (const Case& c : {Case{"279=", false}, Case{"279=abc", false}, Case{"279= 161 ", true}}) {
+        SCOPED_TRACE(c.text279);
+        bindTexts({c.text279});
+        Form form = frmAboutDesign();
+        // A control without a font in the middle: passed over without a word.
+        Control timer;
+        timer.name = "tmrNone";
+        form.controls.insert(form.controls.begin() + 2, timer);
+        form.font.name = "Form Font";
+        gsubApplyLanguageFont(form);
+        for (const Control& control : form.controls) {
+            if (!control.font) continue;
+            EXPECT_EQ(control.font->name, c.applied ? "Arial" : "MS Sans Serif") << control.name;
+            EXPECT_EQ(control.font->charset, c.applied ? 161 : 0) << control.name;
+        }
+        EXPECT_FALSE(form.controls[2].font);
+        EXPECT_EQ(form.font.name, "Form Font");
+    }
+}
+
+TEST_F(AboutWindow, GetKeyValueCutsAndConvertsTheBuffer) {
+    struct Case {
+        const char* what;
+        uint32_t type;
+        std::string bytes;
+        std::string given;  // value on the way in
+        bool result;
+        std::string value;
+    };
+    const std::string full(1024, 'x');
+    const std::vector<Case> cases = {
+        {"string with its NUL", 1, std::string("C:\\Tools\\msinfo.exe\0", 20), "x", true,
+         "C:\\Tools\\msinfo.exe"},
+        {"string without a NUL", 1, "abc", "", true, "abc"},
+        {"exactly 1024 bytes, last not NUL", 1, full, "", true, full},
+        {"1025 bytes", 1, full + "x", "given", false, ""},
+        // The digits, last byte first and unpadded, don't give the number back.
+        {"number: trailing NUL cut", 4, std::string("\x10\x00\x00\x00", 4), "", true, "16"},
+        {"number of four bytes", 4, std::string("\x01\x02\x03\x04", 4), "", true, "17185"},
+        {"number appended to what was given", 4, std::string("\x01\x00", 2), "1", true, "17"},
+        {"other type: value as given", 3, "\x01\x02", "given", true, "given"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.ansiRegistry = {};
+        value(kToolKey, "PATH", c.type, c.bytes);
+        std::string result = c.given;
+        EXPECT_EQ(GetKeyValue(kHkeyLocalMachine, kToolKey, "PATH", result), c.result);
+        EXPECT_EQ(result, c.value);
+        EXPECT_TRUE(fx.ansiRegistry.openHandles.empty()) << "the key is closed";
+        EXPECT_EQ(fx.ansiRegistry.calls.front(), "open 80000002\\" + kToolKey + " 2003F");
+    }
+}
+
+TEST_F(AboutWindow, GetKeyValueFailurePaths) {
+    // A missing key: value emptied, and the handle that was never opened closed.
+    std::string result = "given";
+    EXPECT_FALSE(GetKeyValue(kHkeyLocalMachine, kToolKey, "PATH", result));
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(fx.ansiRegistry.calls.back(), "close 0");
+
+    // Size 0 has no character to test: the error leaves the key open.
+    value(kToolKey, "PATH", 1, "");
+    EXPECT_EQ(errorNumberOf([&] { GetKeyValue(kHkeyLocalMachine, kToolKey, "PATH", result); }), 5);
+    EXPECT_EQ(fx.ansiRegistry.openHandles.size(), 1u);
+}
+
+TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
+    struct Case {
+        const char* what;
+        std::vector<std::tuple<std::string, std::string, uint32_t, std::string>> values;
+        bool refuseToolKey;
+        bool startFails;
+        std::string started;  // empty: the message instead
+        bool secondKeyRead = true;
+    };
+    const std::string folder = fx.dataFolder();
+    fakes::writeBytes(pathOf(folder + "\\MSINFO32.EXE"), "");
+    const std::vector<Case> cases = {
+        {"first key names a missing file: start fails, second key untried",
+         {{kToolKey, "PATH", 1, "C:\\missing.exe"}, {kFolderKey, "MSINFO", 1, folder}},
+         false,
+         true,
+         "",
+         false},
+        {"first key's path started unquoted, in a normal window with the focus",
+         {{kToolKey, "PATH", 1, "C:\\Program Files\\msinfo32.exe"}},
+         false,
+         false,
+         "C:\\Program Files\\msinfo32.exe @1"},
+        {"second key's folder with the tool in it",
+         {{kFolderKey, "MSINFO", 1, folder}},
+         false,
+         false,
+         folder + "\\MSINFO32.EXE @1"},
+        {"first key refused (write access asked), second used",
+         {{kToolKey, "PATH", 1, "C:\\x.exe"}, {kFolderKey, "MSINFO", 1, folder}},
+         true,
+         false,
+         folder + "\\MSINFO32.EXE @1"},
+        {"second key's folder without the tool",
+         {{kFolderKey, "MSINFO", 1, "C:\\nowhere"}},
+         false,
+         false,
+         ""},
+        {"both keys missing", {}, false, false, ""},
+        {"first value of another type: empty path fails to start",
+         {{kToolKey, "PATH", 3, "\x01"}},
+         false,
+         true,
+         ""},
+        {"first value of size 0: error in GetKeyValue",
+         {{kToolKey, "PATH", 1, ""}},
+         false,
+         false,
+         ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.ansiRegistry = {};
+        fx.processes.started.clear();
+        fx.processes.startFails = c.startFails;
+        fx.messageBox.shown.clear();
+        for (const auto& [key, name, type, bytes] : c.values) value(key, name, type, bytes);
+        if (c.refuseToolKey) fx.ansiRegistry.refused.insert("80000002\\" + kToolKey);
+
+        StartSysInfo();
+
+        if (c.started.empty()) {
+            EXPECT_TRUE(fx.processes.started.empty());
+            ASSERT_EQ(fx.messageBox.shown.size(), 1u);
+            EXPECT_EQ(fx.messageBox.shown[0].text,
+                      "System Information Is Unavailable At This Time");
+            EXPECT_EQ(fx.messageBox.shown[0].style, 0);
+            EXPECT_EQ(fx.messageBox.shown[0].title, "");
+        } else {
+            EXPECT_EQ(fx.processes.started, std::vector<std::string>{c.started});
+            EXPECT_TRUE(fx.messageBox.shown.empty());
+        }
+        bool secondKeyRead = false;
+        for (const std::string& call : fx.ansiRegistry.calls) {
+            secondKeyRead = secondKeyRead || call.find(kFolderKey) != std::string::npos;
+        }
+        EXPECT_TRUE(c.secondKeyRead || !secondKeyRead);
+    }
+}
+
+TEST_F(AboutWindow, ShowAboutLoadsShowsAndHandlesTheButtons) {
+    bindTexts();
+    fx.windowing.dpi = 144;
+    fx.windowing.clicks = {"cmdSysInfo", "lblTitle", "cmdOK", "cmdSysInfo"};
+    gsubShowAbout(0x1234);
+    ASSERT_EQ(fx.windowing.shown.size(), 1u);
+    EXPECT_EQ(fx.windowing.owners[0], 0x1234);
+    EXPECT_EQ(fx.windowing.shown[0].caption, "About Ostrel");
+    EXPECT_EQ(fx.windowing.shown[0].control("picIcon").width, 1500);  // 150 px at 144 dpi
+    // System Info shows its message and keeps the window; OK unloads it.
+    EXPECT_EQ(fx.windowing.unloadedBy, (std::vector<bool>{false, false, true}));
+    EXPECT_EQ(fx.messageBox.shown.size(), 1u);
+}
+
+}  // namespace
+}  // namespace ostrel
