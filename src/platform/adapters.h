@@ -21,6 +21,8 @@ ProgramSettingsPort& systemProgramSettings();  // Windows: HKCU; Linux: a per-us
 ProcessPort& systemProcesses();
 TimeZonePort& systemTimeZone();  // Linux: the time-zone database through the C library
 PathPort& systemPaths();
-ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on the terminal
+ShellPort& systemShell();
+WmiPort& systemWmi();  // Windows: the scripting interface; Linux: a provider over /proc, /sys, /etc
+                       // // Windows: "Shell.Application"; Linux: a question on the terminal
 
 }  // namespace ostrel::platform

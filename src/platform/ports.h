@@ -17,6 +17,7 @@
 #include "platform/shell_port.h"
 #include "platform/system_info_port.h"
 #include "platform/time_zone_port.h"
+#include "platform/wmi_port.h"
 #include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
@@ -37,6 +38,7 @@ struct Ports {
     TimeZonePort* timeZone = nullptr;
     PathPort* paths = nullptr;
     ShellPort* shell = nullptr;
+    WmiPort* wmi = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

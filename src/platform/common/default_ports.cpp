@@ -20,6 +20,7 @@ Ports defaultPorts() {
     ports.timeZone = &systemTimeZone();
     ports.paths = &systemPaths();
     ports.shell = &systemShell();
+    ports.wmi = &systemWmi();
     return ports;
 }
 

@@ -160,10 +160,14 @@ CpuFacts readCpuInfo() {
     return facts;
 }
 
+}  // namespace
+
 std::string fileText(const char* path) {
     std::ifstream in(path);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
+
+namespace {
 
 void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     record = SystemRecord{};
@@ -197,11 +201,15 @@ void fillSystemRecord(SystemRecord& record, int16_t architecture) {
     record.dwNumberOfProcessors = std::popcount(mask);
 }
 
+}  // namespace
+
 std::string hostName() {
     std::array<char, 1025> name{};
     if (gethostname(name.data(), name.size() - 1) != 0) return {};
     return std::string(name.data());
 }
+
+namespace {
 
 std::string loginName() {
     std::vector<char> scratch(16384);

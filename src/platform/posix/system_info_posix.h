@@ -20,4 +20,9 @@ uint32_t processorMask(std::string_view cpuList);
 // dot already.
 std::string qualifiedHostName(std::string_view hostName, std::string_view resolvConf);
 
+// The whole text of a file; "" when it can't be read.
+std::string fileText(const char* path);
+// The host name as gethostname gives it; "" on failure.
+std::string hostName();
+
 }  // namespace ostrel::platform
