@@ -45,6 +45,7 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.timeZone = &timeZone;
     ports.paths = &paths;
     ports.shell = &shell;
+    ports.wmi = &wmi;
     install();
 }
 

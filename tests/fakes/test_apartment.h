@@ -52,6 +52,7 @@ class TestApartment {
     FakeTimeZone timeZone;
     FakePaths paths;
     FakeShell shell;
+    FakeWmi wmi;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it
