@@ -43,6 +43,9 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
                                               BSTR* result) override;
     HRESULT STDMETHODCALLTYPE SetCurrentFolder(BSTR NewFolder, BSTR* result) override;
     HRESULT STDMETHODCALLTYPE DeleteFile(BSTR PathFilename, VARIANT_BOOL* result) override;
+
+    // The machine: the WMI inventory text.
+    HRESULT STDMETHODCALLTYPE WmiInfo(BSTR* result) override;
 };
 
 }  // namespace ostrel::com
