@@ -1,6 +1,6 @@
 // ostrel: the component's core driven from the command line.
 //
-//   ostrel [--registry FILE]... [--trace] COMMAND [options]
+//   ostrel [--registry FILE]... [--wmi FILE] [--trace] COMMAND [options]
 //
 // --registry layers .reg files (in the Windows export format) into the
 // registry the core reads, later files winning; it replaces the system's
@@ -8,11 +8,14 @@
 // variable OSTREL_REGISTRY are used, a list separated like PATH (':' on Linux,
 // ';' on Windows); with neither, Linux reads a built-in sample registry and
 // the network keys made from the live system.
+// --wmi replays an inventory saved by "inventory --json" in place of the
+// system's WMI (default: the file named by OSTREL_WMI).
 // Exit codes: 0 done, 1 a registry file can't be read or parsed, 2 a usage
 // error.
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,6 +27,7 @@
 #include "foundation/globals.h"
 #include "ostrel_version.h"
 #include "platform/common/registry_regfile.h"
+#include "platform/common/wmi_json.h"
 #include "platform/ports.h"
 #include "registry_source.h"
 
@@ -37,11 +41,14 @@ constexpr char kListSeparator = ';';
 constexpr char kListSeparator = ':';
 #endif
 
+std::optional<std::string> environmentVariable(const char* name) {
+    return apartment().ports.environment ? apartment().ports.environment->variable(name)
+                                         : std::nullopt;
+}
+
 std::vector<std::string> registryFilesFromEnvironment() {
     std::vector<std::string> files;
-    const auto value = apartment().ports.environment
-                           ? apartment().ports.environment->variable("OSTREL_REGISTRY")
-                           : std::nullopt;
+    const auto value = environmentVariable("OSTREL_REGISTRY");
     if (!value) return files;
     std::string_view rest = *value;
     while (!rest.empty()) {
@@ -70,12 +77,17 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", std::string("ostrel ") + kVersionText,
                          "Print the version and exit");
     std::vector<std::string> registryFiles;
+    std::string wmiFile;
     bool trace = false;
     app.add_option(
            "--registry", registryFiles,
            "A .reg file to read the registry from; may be repeated, later files win "
            "(default: the list in OSTREL_REGISTRY, else the system's registry; Linux, having "
            "none, shows a built-in sample)")
+        ->type_name("FILE");
+    app.add_option("--wmi", wmiFile,
+                   "A saved inventory (inventory --json) to answer WMI's queries from "
+                   "(default: the file in OSTREL_WMI, else the system's WMI)")
         ->type_name("FILE");
     app.add_flag("--trace", trace, "Show the component's diagnostic output on stderr");
     app.require_subcommand(1, 1);
@@ -113,6 +125,17 @@ int run(int argc, char** argv) {
         // Linux has no registry of its own: the built-in sample family, beside
         // the network keys of the live system.
         loadSampleRegistry();
+    }
+    if (wmiFile.empty()) wmiFile = environmentVariable("OSTREL_WMI").value_or("");
+    static platform::WmiJsonProvider savedWmi;  // outlives the globals, like the registry
+    if (!wmiFile.empty()) {
+        try {
+            savedWmi.loadFile(wmiFile);
+        } catch (const platform::WmiJsonError& error) {
+            std::cerr << "ostrel: " << error.what() << '\n';  // names the file and the line
+            return kExitFailure;
+        }
+        apartment().ports.wmi = &savedWmi;
     }
     ensureStarted();
 

@@ -1,6 +1,7 @@
-// wncServices: the process helpers.
+// wncServices: the process helpers and the WMI inventory.
 #include "com/services_object.h"
 #include "machine/processes.h"
+#include "machine/wmi_info.h"
 
 namespace ostrel::com {
 
@@ -25,6 +26,10 @@ HRESULT ServicesObject::RunProgram(BSTR CommandLine, LONG Unused, BSTR ReadyFile
         return toVariantBool(
             mfblnRunProgram(fromBstr(CommandLine), Unused, readinessFromFile(fromBstr(ReadyFile))));
     });
+}
+
+HRESULT ServicesObject::WmiInfo(BSTR* result) {
+    return getText(result, [] { return ostrel::WmiInfo(); });
 }
 
 }  // namespace ostrel::com

@@ -54,6 +54,9 @@ class ServicesObject final : public AutomationObject<Object, _wncServices> {
 
     // The About window, modal over the host's window.
     HRESULT STDMETHODCALLTYPE ShowAbout(LONG OwnerHwnd) override;
+
+    // The machine: the WMI inventory text.
+    HRESULT STDMETHODCALLTYPE WmiInfo(BSTR* result) override;
 };
 
 }  // namespace ostrel::com

@@ -25,5 +25,6 @@ ShellPort& systemShell();  // Windows: "Shell.Application"; Linux: a question on
 HelpPort& systemHelp();    // Windows: HtmlHelpA and WinHelpA; Linux: xdg-open
 AnsiRegistryPort& systemAnsiRegistry();  // Linux: no registry, every key missing
 WindowPort& systemWindowing();           // Windows: real dialogs; Linux: none
+WmiPort& systemWmi();  // Windows: the scripting interface; Linux: a provider over /proc, /sys, /etc
 
 }  // namespace ostrel::platform

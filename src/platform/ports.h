@@ -20,6 +20,7 @@
 #include "platform/system_info_port.h"
 #include "platform/time_zone_port.h"
 #include "platform/window_port.h"
+#include "platform/wmi_port.h"
 #include "platform/xml_document_port.h"
 
 namespace ostrel::platform {
@@ -43,6 +44,7 @@ struct Ports {
     HelpPort* help = nullptr;
     AnsiRegistryPort* ansiRegistry = nullptr;
     WindowPort* windowing = nullptr;
+    WmiPort* wmi = nullptr;
 };
 
 // The real adapters of this platform; they live as long as the process.

@@ -289,4 +289,35 @@ void FakeWindowing::showModal(const Form& form, int64_t ownerWindow, const Click
     }
 }
 
+namespace {
+
+class FakeWmiServices final : public platform::WmiServices {
+  public:
+    explicit FakeWmiServices(FakeWmi& wmi)
+        : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
+              for (const std::string& failing : wmi.failingClasses) {
+                  if (failing == className) raise(-2147217392, "Invalid class");
+              }
+              const auto found = wmi.classes.find(std::string(className));
+              if (found == wmi.classes.end()) return std::nullopt;
+              return found->second;
+          }) {}
+    std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
+        wmi_.queries.emplace_back(query);
+        return records_.execQuery(query);
+    }
+
+  private:
+    FakeWmi& wmi_;
+    platform::WmiRecordServices records_;
+};
+
+}  // namespace
+
+std::unique_ptr<platform::WmiServices> FakeWmi::connect(std::string_view moniker) {
+    monikers.emplace_back(moniker);
+    if (unreachable) return nullptr;
+    return std::make_unique<FakeWmiServices>(*this);
+}
+
 }  // namespace ostrel::fakes

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/common/wmi_records.h"
 #include "platform/ports.h"
 
 namespace ostrel::fakes {
@@ -264,6 +265,19 @@ class FakeWindowing : public platform::WindowPort {
 
     int32_t dotsPerInch() override { return dpi; }
     void showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) override;
+};
+
+// WMI from records the test sets per class (a class left out: a null result
+// set). A class named in failingClasses makes its query raise; unreachable
+// makes the moniker unresolvable. Every moniker and query is kept.
+class FakeWmi : public platform::WmiPort {
+  public:
+    std::map<std::string, std::vector<platform::WmiRecord>> classes;
+    std::vector<std::string> failingClasses;
+    bool unreachable = false;
+    std::vector<std::string> monikers, queries;
+
+    std::unique_ptr<platform::WmiServices> connect(std::string_view moniker) override;
 };
 
 }  // namespace ostrel::fakes

@@ -48,6 +48,7 @@ TestApartment::TestApartment() : programData(makeTempFolder()) {
     ports.help = &help;
     ports.ansiRegistry = &ansiRegistry;
     ports.windowing = &windowing;
+    ports.wmi = &wmi;
     install();
 }
 

@@ -55,6 +55,7 @@ class TestApartment {
     FakeHelp help;
     FakeAnsiRegistry ansiRegistry;
     FakeWindowing windowing;
+    FakeWmi wmi;
     platform::RegFileRegistry registry;
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it

@@ -23,6 +23,7 @@ Ports defaultPorts() {
     ports.help = &systemHelp();
     ports.ansiRegistry = &systemAnsiRegistry();
     ports.windowing = &systemWindowing();
+    ports.wmi = &systemWmi();
     return ports;
 }
 

@@ -5,6 +5,9 @@
 
 #include <windows.h>
 
+#include <wrl/client.h>
+
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,6 +21,24 @@ void checkHresult(HRESULT hr);
 // CoCreateInstance for an in-process class, entering COM first when this
 // thread has not (the tool and the test programs; a host has done it).
 HRESULT createInstance(REFCLSID clsid, REFIID iid, void** object);
+
+// A VARIANT that clears itself.
+struct ScopedVariant {
+    VARIANT value;
+    ScopedVariant() { VariantInit(&value); }
+    ScopedVariant(const ScopedVariant&) = delete;
+    ScopedVariant& operator=(const ScopedVariant&) = delete;
+    ~ScopedVariant() { VariantClear(&value); }
+};
+
+// object.name(arguments...) by name, as a late-bound host calls it (at most
+// four arguments, in the caller's order). A member the object doesn't have
+// raises 438, one that fails raises its error.
+void callByName(IDispatch* object, const wchar_t* name, WORD flags, std::span<VARIANT> arguments,
+                VARIANT& result);
+
+// The IDispatch a VT_DISPATCH result holds; null for Nothing (and Empty or Null).
+Microsoft::WRL::ComPtr<IDispatch> objectOf(const VARIANT& value);
 
 // A BSTR that frees itself.
 class Bstr {

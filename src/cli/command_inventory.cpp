@@ -1,0 +1,128 @@
+// inventory: the WMI text block, byte for byte; or, with --json, the objects its
+// sections read, which --wmi FILE replays on another machine.
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "foundation/globals.h"
+#include "machine/wmi_info.h"
+#include "runtime/convert.h"
+
+namespace ostrel::cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+bool json = false;
+
+Json jsonOf(const Variant& value) {
+    const auto& storage = value.storage();
+    if (const auto* text = std::get_if<std::string>(&storage)) return *text;
+    if (const auto* flag = std::get_if<bool>(&storage)) return *flag;
+    if (const auto* small = std::get_if<int16_t>(&storage)) return *small;
+    if (const auto* whole = std::get_if<int32_t>(&storage)) return *whole;
+    if (const auto* number = std::get_if<double>(&storage)) return *number;
+    if (std::holds_alternative<DateValue>(storage)) return toText(value);
+    return nullptr;  // Null, Empty, an object
+}
+
+// The properties the inventory reads, as far as the object has them: one it
+// lacks stays out, so that replaying the file fails at its read as here.
+Json objectOf(platform::WmiObject& object, std::span<const std::string_view> properties) {
+    Json result = Json::object();
+    for (const std::string_view name : properties) {
+        try {
+            result[std::string(name)] = jsonOf(object.property(name));
+        } catch (const AutomationError&) {
+        }
+    }
+    return result;
+}
+
+// Every object of every class the inventory reads; a class whose query gives
+// a null result set (or fails) stays out.
+Json savedInventory(platform::WmiServices& services) {
+    Json inventory = Json::object();
+    for (const WmiClassReading& reading : wmiInventoryReadings()) {
+        std::unique_ptr<platform::WmiResultSet> set;
+        try {
+            set = services.execQuery(reading.query);
+        } catch (const AutomationError&) {
+        }
+        if (!set) continue;
+        Json& objects = inventory[std::string(reading.className)] = Json::array();
+        while (const auto object = set->next()) {
+            Json saved = objectOf(*object, reading.properties);
+            if (reading.className == "Win32_LogonSession" && saved.contains("LogonId")) {
+                std::unique_ptr<platform::WmiResultSet> accounts;
+                try {
+                    accounts =
+                        services.execQuery(wmiLogonAccountsQuery(object->property("LogonId")));
+                } catch (const AutomationError&) {
+                }
+                if (accounts) {
+                    Json& list = saved["Accounts"] = Json::array();
+                    while (const auto account = accounts->next()) {
+                        list.push_back(objectOf(*account, wmiAccountProperties()));
+                    }
+                }
+            }
+            objects.push_back(std::move(saved));
+        }
+    }
+    return inventory;
+}
+
+int run() {
+    if (json) {
+        std::unique_ptr<platform::WmiServices> services;
+        try {
+            services = requirePort(apartment().ports.wmi)
+                           .connect("winmgmts:{impersonationLevel=impersonate}!\\\\.\\" +
+                                    gfstrGetWmiNamespace());
+        } catch (const AutomationError&) {
+        }
+        if (!services) {
+            std::cerr << "ostrel: WMI can't be reached\n";
+            return kExitNotObtained;
+        }
+        std::cout << savedInventory(*services).dump(2) << '\n';
+        return kExitOk;
+    }
+    const std::string text = WmiInfo();
+    if (text.empty()) {
+        std::cerr << "ostrel: WMI can't be reached\n";
+        return kExitNotObtained;
+    }
+#ifdef _WIN32
+    std::cout.flush();
+    _setmode(_fileno(stdout), _O_BINARY);  // the text has its own CR LF
+#endif
+    std::cout << text << std::flush;
+    return kExitOk;
+}
+
+[[maybe_unused]] const bool registered = registerCommand({
+    "inventory",
+    "Print the WMI inventory text (CR LF line ends); exit 3 when WMI can't be reached",
+    [](CLI::App& app) {
+        app.add_flag("--json", json,
+                     "Print the WMI objects the inventory reads, one array per class (what "
+                     "--wmi FILE replays)");
+    },
+    run,
+});
+
+}  // namespace
+
+}  // namespace ostrel::cli

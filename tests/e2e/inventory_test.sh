@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# The WMI inventory end to end: bash inventory_test.sh /path/to/ostrel
+# shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
+set -u
+[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
+tool=("$@")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
+unset OSTREL_WMI
+
+# This machine, through the Linux provider: a stamp, CR LF everywhere.
+run inventory
+check "inventory of this machine" '[ "$rc" = 0 ] && [[ "$out" =~ ^//[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\''\n'\'' ]]'
+check "every line ends in CR LF" '[ "$(grep -c $'\''[^\r]$'\'' "$work/out")" = 0 ] && [ -s "$work/out" ]'
+. /etc/os-release
+check "the system line names the system" '[[ "$out" == *"//$PRETTY_NAME, "*"-bit, / ("*") "* ]]'
+if grep -q '^model name' /proc/cpuinfo; then
+    check "a processor line" '[[ "$out" == *"CPU_0 $(grep -m1 "^model name" /proc/cpuinfo | sed "s/^[^:]*: *//")"* ]]'
+fi
+cp "$work/out" "$work/native.txt"
+
+# What --json saves, --wmi (or OSTREL_WMI) replays: the same text but the stamp.
+run inventory --json
+cp "$work/out" "$work/pc.json"
+check "inventory --json" '[ "$rc" = 0 ] && [[ "$out" == "{"*"\"Win32_OperatingSystem\": ["* ]]'
+run --wmi "$work/pc.json" inventory
+check "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2'
+OSTREL_WMI="$work/pc.json" run inventory --json
+check "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"'
+run --wmi <(cat "$work/pc.json") inventory
+check "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2'
+
+# A saved machine with the quirks: an absent class, an absent property, a
+# silent video card, accounts absent, empty and named.
+cat >"$work/quirks.json" <<'JSON'
+{
+  "Win32_ComputerSystem": [{"Manufacturer": "Quux", "Model": null, "SystemType": "x64-based PC",
+    "TotalPhysicalMemory": "2147483648", "DNSHostName": "pc1", "Domain": "WORKGROUP",
+    "Workgroup": null, "name": "PC1"}],
+  "Win32_Processor": [
+    {"name": "Fast", "MaxClockSpeed": 3000, "NumberOfCores": 4, "AddressWidth": 64,
+     "version": null, "DeviceId": "CPU0", "ProcessorId": "AB"},
+    {"name": "Fast", "MaxClockSpeed": "2999.6", "NumberOfCores": 4, "AddressWidth": 64,
+     "version": null, "DeviceId": "CPU1", "ProcessorId": null}],
+  "Win32_VideoController": [
+    {"name": "", "VideoProcessor": null, "DriverVersion": null, "AdapterRAM": 0,
+     "VideoModeDescription": null},
+    {"name": "Card", "VideoProcessor": "GPU", "DriverVersion": "1.2", "AdapterRAM": 1,
+     "VideoModeDescription": null}],
+  "Win32_OperatingSystem": [{"name": "Sys 10|C:\\WINDOWS|", "ServicePackMajorVersion": 2,
+    "ServicePackMinorVersion": 0}],
+  "Win32_LogonSession": [
+    {"LogonId": "1"},
+    {"LogonId": "2", "Accounts": []},
+    {"LogonId": "3", "Accounts": [{"Caption": "X\\bo", "Description": null, "Domain": "X",
+      "FullName": null, "name": "bo"}]}]
+}
+JSON
+run --wmi "$work/quirks.json" --trace inventory
+expected='//Quux, x64-based PC, 2.0GB, PC1.WORKGROUP  
+//Win32_BIOS not supported
+//CPU_0 Fast, AB, 3000Mhz  CPU_0 Fast, 3000Mhz  
+//Video_1 Card, GPU, 1.2  
+////Win32_LogonSession USER count:3
+//Win32_LogonSession USER count:3'
+check "the quirks of a saved machine" '[ "$rc" = 0 ] && [ "$(tail -n +2 <<<"$out")" = "$expected" ]'
+check "the absent property fails at its read" \
+    '[ "$err" = "GetWmiOSInfo ERR(438) Object doesn'\''t support this property or method
+GetWmiUserAccountInfo ERR(0) " ]'
+
+# A file that isn't such an inventory: the file and the line, exit 1.
+mkdir "$work/folder"
+run --wmi "$work/folder" inventory
+check "a directory" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/folder: is a directory" ]'
+run --wmi "$work/missing.json" inventory
+check "a missing file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/missing.json: can'\''t open the file"* ]]'
+printf '{\n "Win32_BIOS": [\n  {"name": "x"\n' >"$work/cut.json"
+run --wmi "$work/cut.json" inventory
+check "a truncated file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/cut.json:4: "*"unexpected end of input"* ]]'
+printf '{"Win32_BIOS": [{"name": "\xe2\x82"}]}' >"$work/utf8.json"
+run --wmi "$work/utf8.json" inventory
+check "a truncated UTF-8 character" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/utf8.json:1: "*UTF-8* ]]'
+{ printf '{"Win32_BIOS": [{"name": '; head -c 100000 /dev/zero | tr '\0' '['; } >"$work/deep.json"
+run --wmi "$work/deep.json" inventory
+check "deep nesting" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/deep.json:1: the value of name must be a string, a number, true, false or null" ]'
+printf '{"Win32_BIOS": [{"name": "a"},\n {"NAME": 1, "Name": 2}]}' >"$work/twice.json"
+run --wmi "$work/twice.json" inventory
+check "a property twice" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/twice.json:2: the property Name is there twice" ]'
+head -c 17000000 /dev/zero | tr '\0' ' ' >"$work/huge.json"
+run --wmi "$work/huge.json" inventory
+check "a huge file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/huge.json: larger than 16 MiB"* ]]'
+
+[ "$failures" = 0 ] || { echo "$failures failure(s)" >&2; exit 1; }
+echo "inventory end to end: all passed"

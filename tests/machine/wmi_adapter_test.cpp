@@ -1,0 +1,173 @@
+// The real WMI of this platform: Linux's provider against this machine's own
+// files, Windows's scripting interface (Wine answers all the classes). Facts
+// must be there and plausible, never invented; nothing may depend on the
+// machine beyond what it says of itself.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fakes/error_number.h"
+#include "platform/adapters.h"
+#include "runtime/convert.h"
+#include "runtime/text.h"
+
+#ifndef _WIN32
+#include <sys/utsname.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "platform/posix/system_info_posix.h"
+#endif
+
+namespace ostrel {
+namespace {
+
+using platform::WmiObject;
+using platform::WmiServices;
+
+constexpr std::string_view kMoniker =
+    "winmgmts:{impersonationLevel=impersonate}!\\\\.\\root\\cimv2";
+
+std::vector<std::unique_ptr<WmiObject>> objectsOf(WmiServices& services, std::string_view query) {
+    std::vector<std::unique_ptr<WmiObject>> objects;
+    auto set = services.execQuery(query);
+    if (!set) return objects;
+    const int32_t count = set->count();
+    while (auto object = set->next()) objects.push_back(std::move(object));
+    EXPECT_EQ(count, static_cast<int32_t>(objects.size())) << query;
+    return objects;
+}
+
+std::string textOf(WmiObject& object, std::string_view name) {
+    const Variant value = object.property(name);
+    return value.isNull() ? std::string() : toText(value);
+}
+
+TEST(WmiAdapter, TheSystemAndItsProcessorsAreThereAndAMissingPropertyFailsAtItsRead) {
+    const auto services = platform::systemWmi().connect(kMoniker);
+    ASSERT_TRUE(services);
+    const auto systems = objectsOf(*services, "Select * from Win32_OperatingSystem");
+    ASSERT_EQ(systems.size(), 1u);
+    const std::string name = textOf(*systems[0], "name");
+    EXPECT_EQ(std::count(name.begin(), name.end(), '|'), 2) << name;
+    EXPECT_FALSE(name.starts_with("|")) << "a caption";
+    EXPECT_EQ(fakes::errorNumberOf([&] { systems[0]->property("NoSuchProperty"); }), 438);
+
+    const auto computers = objectsOf(*services, "Select * from Win32_ComputerSystem");
+    ASSERT_EQ(computers.size(), 1u);
+    EXPECT_GT(toDouble(computers[0]->property("TotalPhysicalMemory")), 64.0 * 1048576);
+    EXPECT_FALSE(textOf(*computers[0], "name").empty());
+
+    const auto processors = objectsOf(*services, "Select * from Win32_Processor");
+    ASSERT_GE(processors.size(), 1u);
+    for (const auto& processor : processors) {
+        const Variant cores = processor->property("NumberOfCores");
+        if (!cores.isNull()) {
+            EXPECT_GE(toLong(cores), 1);
+        }
+        const int32_t width = toLong(processor->property("AddressWidth"));
+        EXPECT_TRUE(width == 32 || width == 64) << width;
+    }
+    EXPECT_TRUE(services->execQuery("Select * from Win32_LogonSession Where LogonType = 2"));
+}
+
+#ifndef _WIN32
+
+std::string firstLine(const char* path) {
+    std::string text = platform::fileText(path);
+    return text.substr(0, text.find('\n'));
+}
+
+TEST(LinuxWmi, EachClassSaysWhatTheSystemFilesSayAndNullWhereTheyAreSilent) {
+    const auto services = platform::systemWmi().connect(kMoniker);
+    ASSERT_TRUE(services);
+    utsname names{};
+    ASSERT_EQ(uname(&names), 0);
+    const std::string machine = names.machine;
+
+    const auto computer = objectsOf(*services, "Select * from Win32_ComputerSystem");
+    ASSERT_EQ(computer.size(), 1u);
+    const std::string host = platform::hostName();
+    EXPECT_EQ(textOf(*computer[0], "name"), host.substr(0, host.find('.')));
+    EXPECT_EQ(textOf(*computer[0], "Manufacturer"), firstLine("/sys/class/dmi/id/sys_vendor"));
+    EXPECT_TRUE(computer[0]->property("Workgroup").isNull());
+    if (machine == "x86_64") {
+        EXPECT_EQ(textOf(*computer[0], "SystemType"), "x64-based PC");
+    }
+    std::ifstream meminfo("/proc/meminfo");
+    std::string key;
+    long long kilobytes = 0;
+    meminfo >> key >> kilobytes;
+    EXPECT_EQ(textOf(*computer[0], "TotalPhysicalMemory"), std::to_string(kilobytes * 1024));
+
+    const auto bios = objectsOf(*services, "Select * from Win32_BIOS");
+    EXPECT_EQ(bios.size(), std::filesystem::is_directory("/sys/class/dmi/id") ? 1u : 0u);
+
+    std::set<std::string> packages;
+    std::string model;
+    std::ifstream cpuinfo("/proc/cpuinfo");
+    for (std::string line; std::getline(cpuinfo, line);) {
+        if (line.starts_with("physical id")) packages.insert(line);
+        if (line.starts_with("model name") && model.empty())
+            model = trimBlanks(line.substr(line.find(':') + 1));
+    }
+    const auto processors = objectsOf(*services, "Select * from Win32_Processor");
+    EXPECT_EQ(processors.size(), std::max<std::size_t>(packages.size(), 1u));
+    EXPECT_EQ(textOf(*processors[0], "name"), model);
+    EXPECT_EQ(textOf(*processors[0], "DeviceId"), "CPU0");
+    EXPECT_TRUE(processors[0]->property("version").isNull());
+
+    std::size_t displays = 0;
+    for (const auto& device : std::filesystem::directory_iterator("/sys/bus/pci/devices")) {
+        displays += platform::fileText((device.path() / "class").c_str()).starts_with("0x03");
+    }
+    EXPECT_EQ(objectsOf(*services, "Select * from Win32_VideoController").size(), displays);
+
+    const auto os = objectsOf(*services, "Select * from Win32_OperatingSystem");
+    std::string pretty;
+    std::ifstream release("/etc/os-release");
+    for (std::string line; std::getline(release, line);) {
+        if (line.starts_with("PRETTY_NAME=")) pretty = line.substr(12);
+    }
+    if (pretty.size() >= 2 && pretty.front() == '"') pretty = pretty.substr(1, pretty.size() - 2);
+    if (!pretty.empty()) {
+        EXPECT_TRUE(textOf(*os[0], "name").starts_with(pretty + "|/|"));
+    }
+    EXPECT_EQ(textOf(*os[0], "OSArchitecture"),
+              sizeof(void*) == 8 || machine.find("64") != std::string::npos ? "64-bit" : "32-bit");
+    EXPECT_TRUE(os[0]->property("ServicePackMajorVersion").isNull());
+
+    for (const auto& session :
+         objectsOf(*services, "Select * from Win32_LogonSession Where LogonType = 2")) {
+        const std::string id = textOf(*session, "LogonId");
+        EXPECT_TRUE(isNumeric(id)) << id;
+        const auto accounts =
+            objectsOf(*services, "Associators of {Win32_LogonSession.LogonId=" + id +
+                                     "} Where AssocClass=Win32_LoggedOnUser Role=Dependent");
+        ASSERT_EQ(accounts.size(), 1u);
+        EXPECT_FALSE(textOf(*accounts[0], "name").empty());
+    }
+}
+
+TEST(LinuxWmi, OnlyThisComputersDefaultNamespaceAndTheInventorysQueries) {
+    platform::WmiPort& wmi = platform::systemWmi();
+    EXPECT_TRUE(wmi.connect("winmgmts:{impersonationLevel=impersonate}!\\\\.\\"));
+    EXPECT_TRUE(wmi.connect("WINMGMTS:!\\\\.\\ROOT\\CIMV2"));
+    EXPECT_FALSE(wmi.connect("winmgmts:{impersonationLevel=impersonate}!\\\\.\\root\\default"));
+    EXPECT_FALSE(
+        wmi.connect("winmgmts:{impersonationLevel=impersonate}!\\\\elsewhere\\root\\cimv2"));
+    const auto services = wmi.connect(kMoniker);
+    EXPECT_FALSE(services->execQuery("Select * from Win32_Printer")) << "a class it doesn't know";
+    EXPECT_EQ(fakes::errorNumberOf([&] { services->execQuery("Delete everything"); }),
+              static_cast<int32_t>(0x80041017));
+}
+
+#endif
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fakes/test_apartment.h"
+#include "foundation/globals.h"
+#include "machine/wmi_info.h"
+
+namespace ostrel {
+namespace {
+
+using platform::WmiRecord;
+using Lines = std::vector<std::string>;
+const Variant kNull{NullValue{}};
+
+WmiRecord computer(Variant domain, Variant workgroup, Variant memory = "17179869184") {
+    return WmiRecord()
+        .set("Manufacturer", " Quux Ltd ")
+        .set("Model", "Box 9")
+        .set("SystemType", "x64-based PC")
+        .set("TotalPhysicalMemory", std::move(memory))
+        .set("DNSHostName", "pc1")
+        .set("Domain", std::move(domain))
+        .set("Workgroup", std::move(workgroup))
+        .set("name", "PC1");
+}
+WmiRecord bios() {
+    return WmiRecord()
+        .set("name", "BIOS 1.2")
+        .set("BuildNumber", kNull)
+        .set("IdentificationCode", "")
+        .set("Manufacturer", "Quux")
+        .set("SerialNumber", "SN9")
+        .set("version", "QUUX - 1");
+}
+WmiRecord processor(Variant name = "Fast CPU", Variant id = "BFEBFBFF000906EA") {
+    return WmiRecord()
+        .set("name", std::move(name))
+        .set("MaxClockSpeed", "3000")
+        .set("NumberOfCores", int32_t{4})
+        .set("AddressWidth", int32_t{64})
+        .set("version", kNull)
+        .set("DeviceId", "CPU0")
+        .set("ProcessorId", std::move(id));
+}
+WmiRecord video(Variant name) {
+    return WmiRecord()
+        .set("name", std::move(name))
+        .set("VideoProcessor", "VP")
+        .set("DriverVersion", kNull)
+        .set("AdapterRAM", int32_t{1024})
+        .set("VideoModeDescription", kNull);
+}
+WmiRecord os(Variant name, Variant major = int32_t{0}, Variant minor = int32_t{0}) {
+    return WmiRecord()
+        .set("OSArchitecture", "64-bit")
+        .set("name", std::move(name))
+        .set("ServicePackMajorVersion", std::move(major))
+        .set("ServicePackMinorVersion", std::move(minor));
+}
+WmiRecord account(Variant fullName, Variant name) {
+    return WmiRecord()
+        .set("Caption", "CORP\\x")
+        .set("Description", kNull)
+        .set("Domain", "CORP")
+        .set("FullName", std::move(fullName))
+        .set("name", std::move(name));
+}
+WmiRecord session(std::string id, std::optional<std::vector<WmiRecord>> accounts) {
+    WmiRecord record;
+    record.set("LogonId", Variant(std::move(id)));
+    record.associated = std::move(accounts);
+    return record;
+}
+
+class WmiInventory : public ::testing::Test {
+  protected:
+    WmiInventory() {
+        auto& classes = fx.wmi.classes;
+        classes["Win32_ComputerSystem"] = {computer("corp.example", kNull)};
+        classes["Win32_BIOS"] = {bios()};
+        classes["Win32_Processor"] = {processor()};
+        classes["Win32_VideoController"] = {video("Vid")};
+        classes["Win32_OperatingSystem"] = {
+            os("Sys 10|C:\\WINDOWS|\\Device\\Harddisk0\\Partition1")};
+        classes["Win32_LogonSession"] = {session("999", {{account("Ann Example", "ann")}})};
+    }
+    const Lines& said() const { return fx.debugStream.texts; }
+    platform::WmiServices* services() {
+        services_ = fx.wmi.connect("winmgmts:");
+        return services_.get();
+    }
+
+    fakes::TestApartment fx;
+    std::unique_ptr<platform::WmiServices> services_;
+};
+
+TEST_F(WmiInventory, TheWholeBlockWithItsStampAndTheUserLineOnEveryRun) {
+    fx.loadRegistry(
+        "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WBEM\\Scripting]\n"
+        "\"Default Namespace\"=\"root\\\\cimv2\"\n");
+    EXPECT_EQ(WmiInfo(),
+              "//2024-Mar-05 14:07:09\r\n"
+              "//Quux Ltd, Box 9, x64-based PC, 16.0GB, PC1.corp.example  \r\n"
+              "//BIOS 1.2, Quux, SN9  \r\n"
+              "//CPU_0 Fast CPU, BFEBFBFF000906EA, 3000Mhz  \r\n"
+              "//Video_0 Vid, VP  \r\n"
+              "//Sys 10, 64-bit, C:\\WINDOWS (\\Device\\Harddisk0\\Partition1) \r\n"
+              "//Ann Example, ann, CORP\r\n");
+    EXPECT_EQ(fx.wmi.monikers,
+              Lines{"winmgmts:{impersonationLevel=impersonate}!\\\\.\\root\\cimv2"});
+    EXPECT_EQ(fx.wmi.queries.back(),
+              "Associators of {Win32_LogonSession.LogonId=999} Where AssocClass=Win32_LoggedOnUser "
+              "Role=Dependent");
+    EXPECT_EQ(said(), Lines{"GetWmiUserAccountInfo ERR(0) \r\n"});
+}
+
+TEST_F(WmiInventory, WithoutANamespaceOrWmiTheMonikerEndsInTheBackslashAndNothingIsSaid) {
+    fx.wmi.unreachable = true;
+    EXPECT_EQ(WmiInfo(), "");
+    EXPECT_EQ(fx.wmi.monikers, Lines{"winmgmts:{impersonationLevel=impersonate}!\\\\.\\"});
+    EXPECT_TRUE(said().empty());
+    fx.ports.wmi = nullptr;
+    fx.install();
+    EXPECT_EQ(WmiInfo(), "");
+    EXPECT_TRUE(said().empty());
+}
+
+TEST(WmiConverters, NullEmptyAndWhatIsNoNumberGiveTheStartingValue) {
+    fakes::TestApartment fx;
+    const Variant object{Ref<Object>(new Object)};
+    struct Case {
+        Variant value;
+        std::string text;
+        int32_t whole;
+        double number;
+    };
+    for (const Case& c : std::vector<Case>{
+             {kNull, "", 0, 0.0},
+             {Variant(), "", 0, 0.0},
+             {"  padded  ", "padded", 0, 0.0},
+             {" 42 ", "42", 42, 42.0},
+             {"2147483648", "2147483648", 0, 2147483648.0},  // beyond 32 bits: swallowed
+             {2.5, "2.5", 2, 2.5},                           // banker's rounding
+             {int32_t{-7}, "-7", -7, -7.0},
+             {true, "True", -1, -1.0},
+             {object, "", 0, 0.0},
+         }) {
+        const std::string shown = c.text.empty() ? "(empty)" : c.text;
+        EXPECT_EQ(mfstrWmiString(c.value), c.text) << shown;
+        EXPECT_EQ(mflngWmiLong(c.value), c.whole) << shown;
+        EXPECT_EQ(mfdblWmiDouble(c.value), c.number) << shown;
+    }
+}
+
+TEST_F(WmiInventory, TheComputerLineTestsWorkgroupButShowsDomain) {
+    fx.locale.localeFacts.decimalSeparator = ",";
+    struct Case {
+        Variant domain, workgroup, memory;
+        std::string text;
+    };
+    for (const Case& c : std::vector<Case>{
+             {"corp.example", kNull, "2147483648",
+              "Quux Ltd, Box 9, x64-based PC, 2,0GB, PC1.corp.example  \r\n"},
+             {kNull, "WORKGROUP", int32_t{1073741824},
+              "Quux Ltd, Box 9, x64-based PC, 1,0GB, PC1.  \r\n"},
+             {kNull, kNull, kNull, "Quux Ltd, Box 9, x64-based PC, 0,0GB, \r\nPC1  \r\n"},
+         }) {
+        fx.wmi.classes["Win32_ComputerSystem"] = {computer(c.domain, c.workgroup, c.memory)};
+        EXPECT_EQ(GetWmiComputerInfo(services()), c.text);
+    }
+    WmiRecord bare = computer(kNull, kNull);
+    bare.properties[1].second = "";     // Model
+    bare.properties[2].second = kNull;  // SystemType
+    bare.properties[7].second = "";     // name
+    WmiRecord silent = computer("d", kNull);
+    silent.properties[0].second = "  ";  // no manufacturer: nothing
+    fx.wmi.classes["Win32_ComputerSystem"] = {silent, bare, bare};
+    EXPECT_EQ(GetWmiComputerInfo(services()), "Quux Ltd, 16,0GB  Quux Ltd, 16,0GB  \r\n");
+    EXPECT_EQ(GetWmiComputerInfo(nullptr), "");
+}
+
+TEST_F(WmiInventory, SeveralObjectsShareOneLineCpuZeroForAllAndSilentCardsUseANumber) {
+    fx.wmi.classes["Win32_Processor"] = {processor(), processor("Slow CPU", kNull)};
+    fx.wmi.classes["Win32_VideoController"] = {video(kNull), video("Second"), video("Third")};
+    fx.wmi.classes["Win32_BIOS"] = {bios(), WmiRecord(bios()).set("name", "")};
+    fx.wmi.classes["Win32_BIOS"][1].properties[0].second = "";
+    EXPECT_EQ(GetWmiProcessorInfo(services()),
+              "CPU_0 Fast CPU, BFEBFBFF000906EA, 3000Mhz  CPU_0 Slow CPU, 3000Mhz  \r\n");
+    EXPECT_EQ(GetWmiVideoProcessor(services()), "Video_1 Second, VP  Video_2 Third, VP  \r\n");
+    EXPECT_EQ(GetWmiBiosInfo(services()), "BIOS 1.2, Quux, SN9  \r\n");
+    fx.wmi.classes["Win32_VideoController"] = {video("")};
+    EXPECT_EQ(GetWmiVideoProcessor(services()), "") << "no line end after nothing";
+}
+
+TEST_F(WmiInventory, TheServicePackRulesAndThePartsOfTheSystemName) {
+    struct Case {
+        std::string name;
+        Variant major, minor;
+        std::string text;
+    };
+    for (const Case& c : std::vector<Case>{
+             {"Sys|C:\\W|Dev", int32_t{2}, int32_t{0}, "Sys, 64-bit, SP 2, C:\\W (Dev) \r\n"},
+             {"Sys|C:\\W|Dev", "3", "1", "Sys, 64-bit, SP 3.1, C:\\W (Dev) \r\n"},
+             {"Sys|C:\\W|", int32_t{0}, int32_t{1}, "Sys, 64-bit, C:\\W \r\n"},
+             {" Sys | | Dev |extra", kNull, kNull, "Sys, 64-bit, Dev \r\n"},
+             {"|C:\\W|Dev", int32_t{1}, int32_t{1}, ""},
+         }) {
+        fx.wmi.classes["Win32_OperatingSystem"] = {os(c.name, c.major, c.minor)};
+        EXPECT_EQ(GetWmiOSInfo(services()), c.text) << c.name;
+    }
+    EXPECT_TRUE(said().empty());
+}
+
+// A failure ends the section where it is, with one line at any verbosity;
+// "not supported" is said only for a null result set.
+TEST_F(WmiInventory, FailuresLeaveAGapAndALineNullSetsSayNotSupported) {
+    fx.wmi.classes["Win32_Processor"][0].properties.erase(
+        fx.wmi.classes["Win32_Processor"][0].properties.begin() + 2);  // NumberOfCores
+    fx.wmi.classes["Win32_OperatingSystem"][0].properties.erase(
+        fx.wmi.classes["Win32_OperatingSystem"][0].properties.begin());  // OSArchitecture
+    fx.wmi.classes["Win32_VideoController"] = {video("Vid"), video("Two").set("x", 1)};
+    fx.wmi.classes["Win32_VideoController"][1].properties.erase(
+        fx.wmi.classes["Win32_VideoController"][1].properties.begin() + 4);
+    fx.wmi.classes.erase("Win32_BIOS");
+    fx.wmi.failingClasses = {"Win32_ComputerSystem"};
+    EXPECT_EQ(WmiInfo(),
+              "//2024-Mar-05 14:07:09\r\n"
+              "//"
+              "//Win32_BIOS not supported\r\n"
+              "//"
+              "//Video_0 Vid, VP  "
+              "//"
+              "//Ann Example, ann, CORP\r\n");
+    const std::string missing = ") Object doesn't support this property or method\r\n";
+    EXPECT_EQ(
+        said(),
+        (Lines{"GetWmiComputerInfo ERR(-2147217392) Invalid class\r\n",
+               "GetWmiProcessorInfo ERR(438" + missing, "GetWmiVideoProcessor ERR(438" + missing,
+               "GetWmiOSInfo ERR(438" + missing, "GetWmiUserAccountInfo ERR(0) \r\n"}));
+
+    fx.wmi.classes.clear();
+    fx.wmi.failingClasses.clear();
+    EXPECT_EQ(WmiInfo(),
+              "//2024-Mar-05 14:07:09\r\n"
+              "//Win32_ComputerSystem not supported\r\n"
+              "//Win32_BIOS not supported\r\n"
+              "//Win32_Processor not supported\r\n"
+              "////"
+              "//Win32_LogonSession not supported\r\n");
+
+    fx.wmi.classes["Win32_OperatingSystem"] = {os("only|two"), os("Sys||")};
+    fx.debugStream.texts.clear();
+    EXPECT_EQ(GetWmiOSInfo(services()), "");
+    EXPECT_EQ(said(), Lines{"GetWmiOSInfo ERR(9) Subscript out of range\r\n"});
+    fx.wmi.classes["Win32_OperatingSystem"] = {os("Sys||", int32_t{40000})};
+    EXPECT_EQ(GetWmiOSInfo(services()), "");
+    EXPECT_EQ(said().back(), "GetWmiOSInfo ERR(6) Overflow\r\n") << "16-bit service pack";
+}
+
+TEST_F(WmiInventory, AnAccountWithAFullNameReplacesTheLinesBeforeIt) {
+    auto& sessions = fx.wmi.classes["Win32_LogonSession"];
+    sessions = {session("1", {{account("Ann Example", "ann")}}),
+                session("2", {{account("Bob Example", ""), account("", "carl")}})};
+    EXPECT_EQ(GetWmiUserAccountInfo(services()), "//Bob Example, CORP\r\n");
+
+    sessions = {session("1", {{account("", "ann")}}), session("2", std::nullopt),
+                session("3", {{}}), session("4", {{account("Dee", "dee")}})};
+    sessions[2].associated->clear();
+    EXPECT_EQ(GetWmiUserAccountInfo(services()), "//Dee, dee, CORP\r\n");
+    sessions.pop_back();
+    EXPECT_EQ(GetWmiUserAccountInfo(services()),
+              "//Win32_LogonSession USER count:3\r\n//Win32_LogonSession USER count:3\r\n")
+        << "the count is of the sessions; a null associators set adds nothing";
+
+    fx.debugStream.texts.clear();
+    sessions = {session("1", {{account("", "ann")}}), WmiRecord().set("Id", "2")};
+    EXPECT_EQ(GetWmiUserAccountInfo(services()), "//Win32_LogonSession USER count:2\r\n");
+    EXPECT_EQ(GetWmiUserAccountInfo(nullptr), "");
+    EXPECT_EQ(said(), (Lines{"GetWmiUserAccountInfo ERR(438) Object doesn't support this "
+                             "property or method\r\n",
+                             "GetWmiUserAccountInfo ERR(91) Object variable or With block "
+                             "variable not set\r\n"}));
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# The WMI inventory under Wine, whose WMI answers all the classes: ostrel.exe
+# inventory of each bitness, its --json replayed by the Windows and the Linux
+# tool, and wncServices.WmiInfo from the 64- and 32-bit script hosts.
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+root="$(cd "$here/../.." && pwd)"
+# shellcheck source=loaders.bash
+. "$here/loaders.bash"
+[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
+work="$(mktemp -d)"
+trap 'rm -rf "$work"; wineserver -k >/dev/null 2>&1 || true' EXIT
+status=0
+ok() { echo "ok   $1"; }
+fail() { echo "FAIL $1" >&2; status=1; }
+
+for bits in 64 32; do
+  tool=("$(wine_of "$bits")" "$root/build/win$bits/bin/ostrel.exe")
+  dll="$root/build/win$bits/bin/Ostrel.dll"
+  [ -x "${tool[1]}" ] || { fail "win$bits: no ostrel.exe"; continue; }
+  "${tool[@]}" inventory >"$work/text" 2>/dev/null || fail "win$bits inventory: exit $?"
+  head -n 1 "$work/text" | grep -Eq $'^//[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\r$' &&
+    ok "win$bits inventory: the stamp" || fail "win$bits inventory: no stamp: $(head -c 200 "$work/text")"
+  [ "$(grep -c $'[^\r]$' "$work/text")" = 0 ] && ok "win$bits inventory: CR LF line ends" ||
+    fail "win$bits inventory: a line without CR"
+  grep -q '//CPU_0 ' "$work/text" && grep -q ', 64-bit\|, 32-bit' "$work/text" &&
+    ok "win$bits inventory: processor and system lines" || fail "win$bits inventory: $(cat -A "$work/text")"
+  "${tool[@]}" inventory --json >"$work/pc.json" 2>/dev/null || fail "win$bits inventory --json: exit $?"
+  "${tool[@]}" --wmi "$(winepath -w "$work/pc.json")" inventory >"$work/replay" 2>/dev/null
+  cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/replay") &&
+    ok "win$bits --wmi replays --json" || fail "win$bits --wmi replay differs: $(diff <(cat -A "$work/text") <(cat -A "$work/replay"))"
+  if [ -x "$root/build/linux/bin/ostrel" ]; then
+    "$root/build/linux/bin/ostrel" --wmi "$work/pc.json" inventory >"$work/linux"
+    cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/linux") &&
+      ok "win$bits --json replayed by the Linux tool" || fail "win$bits --json replayed on Linux differs"
+  fi
+
+  # wncServices.WmiInfo from the script host of the same bitness; the DLL is
+  # registered for the script and removed after it.
+  wine_builtin "$bits" regsvr32 /s "$(winepath -w "$dll")" || fail "win$bits regsvr32"
+  joined="$work/wmi$bits.vbs"
+  cat "$here/vbs/check.vbs" "$here/vbs/services_wmi.vbs" >"$joined"
+  if wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")"; then
+    ok "win$bits services_wmi.vbs"
+  else
+    fail "win$bits services_wmi.vbs (see above)"
+  fi
+  wine_builtin "$bits" regsvr32 /s /u "$(winepath -w "$dll")" || fail "win$bits regsvr32 /u"
+done
+exit $status
