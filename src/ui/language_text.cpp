@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/builtin_data.h"
 #include "foundation/globals.h"
 #include "runtime/automation_error.h"
 #include "runtime/text.h"
-#include "foundation/builtin_data.h"
 #include "ui/language_choice.h"
 
 namespace ostrel {
@@ -361,8 +361,7 @@ std::shared_ptr<const Picture> clsLanguageText::GetPicture(int32_t pictureNumber
     std::string source = nameOf(file);
     if (!content) {
         // A component copied without its pictures still shows its own.
-        const auto builtin =
-            boundName_ == kBuiltinComponent ? builtinDataFile(name) : std::nullopt;
+        const auto builtin = boundName_ == kBuiltinComponent ? builtinDataFile(name) : std::nullopt;
         if (!builtin) raise(kErrFileNotFound, "File not found: " + source);
         content = std::string(*builtin);
         source.clear();

@@ -5,8 +5,8 @@
 
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
-#include "runtime/automation_error.h"
 #include "foundation/builtin_data.h"
+#include "runtime/automation_error.h"
 #include "ui/language_text.h"
 #include "ui/resource_id_numbers.h"
 
