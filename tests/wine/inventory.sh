@@ -9,7 +9,9 @@ root="$(cd "$here/../.." && pwd)"
 . "$here/loaders.bash"
 [ -n "${WINEPREFIX:-}" ] || new_wine_prefix
 work="$(mktemp -d)"
-trap 'rm -rf "$work"; wineserver -k >/dev/null 2>&1 || true' EXIT
+# The server is gone before the next script starts: one still going down
+# makes that script's first registry writes fail.
+trap 'rm -rf "$work"; wineserver -k >/dev/null 2>&1 || true; wineserver -w >/dev/null 2>&1 || true' EXIT
 status=0
 ok() { echo "ok   $1"; }
 fail() { echo "FAIL $1" >&2; status=1; }

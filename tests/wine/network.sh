@@ -23,6 +23,10 @@ fail() {
   failures=$((failures + 1))
 }
 reg32() { wine_builtin 64 reg "$@" /reg:32 >/dev/null 2>&1; }
+# A key the tests need: said aloud when it can't be written.
+reg32_add() { reg32 add "$@" || { echo "FAIL reg add $*" >&2; exit 1; }; }
+# A server of an earlier script may still be going down.
+wineserver -w >/dev/null 2>&1 || true
 
 cards='HKLM\SOFTWARE\Microsoft\Windows NT\CurrentVersion\NetworkCards'
 tcpip='HKLM\SYSTEM\CurrentControlSet\Services\Tcpip\Parameters'
@@ -50,14 +54,18 @@ finish() {
   fi
 }
 trap finish EXIT
-reg32 add "$cards\\90001" /v ServiceName /d '{OSTREL-SERVICE-A}' /f
-reg32 add "$cards\\90002" /v ServiceName /d '{OSTREL-SERVICE-B}' /f
-reg32 add "$tcpip\\Adapters\\{OSTREL-ADAPTER-1}" /f
-reg32 add "$tcpip\\Adapters\\{OSTREL-ADAPTER-2}" /f
+# Wine makes its own NetworkCards key volatile once its network stack has
+# started, and no lasting key can be made under a volatile one: it goes
+# first (Wine fills it again; the registry comparison sets it aside).
+reg32 delete "$cards" /f || true
+reg32_add "$cards\\90001" /v ServiceName /d '{OSTREL-SERVICE-A}' /f
+reg32_add "$cards\\90002" /v ServiceName /d '{OSTREL-SERVICE-B}' /f
+reg32_add "$tcpip\\Adapters\\{OSTREL-ADAPTER-1}" /f
+reg32_add "$tcpip\\Adapters\\{OSTREL-ADAPTER-2}" /f
 iface="$tcpip\\Interfaces\\{OSTREL-ADAPTER-1}"
-reg32 add "$iface" /v IPAddress /t REG_MULTI_SZ /d '10.1.0.5\010.1.0.6' /f
-reg32 add "$iface" /v Domain /d lab.example /f
-reg32 add "$iface" /v EnableDHCP /t REG_DWORD /d 1 /f
+reg32_add "$iface" /v IPAddress /t REG_MULTI_SZ /d '10.1.0.5\010.1.0.6' /f
+reg32_add "$iface" /v Domain /d lab.example /f
+reg32_add "$iface" /v EnableDHCP /t REG_DWORD /d 1 /f
 
 for bits in 64 32; do
   bin="$root/build/win$bits/bin"
