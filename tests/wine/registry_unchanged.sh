@@ -34,7 +34,9 @@ older='HKEY_CURRENT_USER\Software\VB and VBA Program Settings'
 #     the system colours, under its Temporary System Parameters key;
 #   - its plug and play links and unlinks the device interfaces of its
 #     virtual display and input devices as sessions come and go (the
-#     "Linked" values under Control\DeviceClasses).
+#     "Linked" values under Control\DeviceClasses);
+#   - the fonts it registers in the 32-bit view when a 32-bit program first
+#     draws text (the About window's host on a virtual X screen).
 wine_churn=(
   'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\NetworkCards'
   'HKEY_LOCAL_MACHINE\Software\Wow6432Node\Microsoft\Windows NT\CurrentVersion\NetworkCards'
@@ -44,6 +46,7 @@ wine_churn=(
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Class\{4D36E96E-E325-11CE-BFC1-08002BE10318}'
   'HKEY_CURRENT_USER\Software\Wine\Temporary System Parameters'
   'HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\DeviceClasses'
+  'HKEY_LOCAL_MACHINE\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Fonts'
 )
 
 # One more is made to happen before the first export rather than set aside:
