@@ -9,12 +9,8 @@ unset OSTREL_REGISTRY
 export OSTREL_PART_NUMBERS="$fixtures/catalogue-part-numbers.txt"
 failures=0
 
-expect() { # NAME EXPECTED ACTUAL
-    if [ "$2" == "$3" ]; then echo "ok: $1"; return; fi
-    echo "FAIL: $1"
-    diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") | sed 's/^/    /'
-    failures=$((failures + 1))
-}
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
 run() { "$ostrel" --registry "$registry" "$@"; }
 field() { grep -F "\"$1\"" | sed 's/^ *//; s/,$//' | tr '\n' ' '; } # KEY: its lines of a JSON dump
 

@@ -10,12 +10,8 @@ failures=0
 card1='{7A1C5D22-0B3E-4F51-9C10-2D6E8B1F0A01}'
 card2='{E03F9A6B-4C2D-4B8E-A7F1-5C3D2E1B9F04}'
 
-expect() { # NAME EXPECTED ACTUAL
-    if [ "$2" == "$3" ]; then echo "ok: $1"; return; fi
-    echo "FAIL: $1"
-    diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") | sed 's/^/    /'
-    failures=$((failures + 1))
-}
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash"
 run() { "$ostrel" --registry "$fixtures/network.reg" "$@"; }
 
 # "12" sorts before "3" and "4"; the card without a service is passed over.
