@@ -181,6 +181,17 @@ TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
               "");
     EXPECT_EQ(subKeys(*openKey(registry, "K")),
               (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+
+    // A key deleted after one of its own children was, both when it waits to
+    // be put in order and when it is listed (a fuzzing find).
+    registry.loadText(
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b\\x\\y]\n"
+        "[-HKEY_LOCAL_MACHINE\\K\\b\\x\\y]\n[-HKEY_LOCAL_MACHINE\\K\\b\\x]\n"
+        "[HKEY_LOCAL_MACHINE\\K\\zz\\x]\n[-HKEY_LOCAL_MACHINE\\K\\zz\\x]\n"
+        "[-HKEY_LOCAL_MACHINE\\K\\zz]\n[-HKEY_LOCAL_MACHINE\\K\\b]\n",
+        "nested deletes");
+    EXPECT_EQ(subKeys(*openKey(registry, "K")),
+              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
 }
 
 // Hundreds of values in one key: written over in any case, deleted, written again.

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <istream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
@@ -488,8 +489,14 @@ class Load {
     // their places.
     void commit() {
         for (Node* parent : swept_) {
-            std::erase_if(parent->children,
-                          [this](const NodeRef& child) { return gone_.contains(child.get()); });
+            // A key taken out here may be a parent still to be swept or
+            // merged below: it is kept until the file is done.
+            std::vector<NodeRef>& children = parent->children;
+            const auto cut = std::stable_partition(
+                children.begin(), children.end(),
+                [this](const NodeRef& child) { return !gone_.contains(child.get()); });
+            std::move(cut, children.end(), std::back_inserter(dropped_));
+            children.erase(cut, children.end());
         }
         for (auto& [parent, waiting] : late_) {
             std::vector<NodeRef> merged;
@@ -509,6 +516,7 @@ class Load {
         gone_.clear();
         swept_.clear();
         valueIndexes_.clear();
+        dropped_.clear();
         committed_ = true;
     }
 
@@ -638,7 +646,11 @@ class Load {
             gone_.insert(slot->get());
             swept_.insert(parent);
         } else if (const auto waiting = late_.find(parent); waiting != late_.end()) {
-            waiting->second.erase(upperCase(leaf));
+            if (const auto entry = waiting->second.find(upperCase(leaf));
+                entry != waiting->second.end()) {
+                dropped_.push_back(std::move(entry->second));
+                waiting->second.erase(entry);
+            }
         }
     }
 
@@ -665,6 +677,10 @@ class Load {
     // deleting from a long list one by one would move it for every key.
     std::unordered_set<const Node*> gone_;
     std::unordered_set<Node*> swept_;
+    // Deleted keys, released only when the file is done: the sets above
+    // name nodes by address, so none may go (or come back at its address)
+    // while the file is read.
+    std::vector<NodeRef> dropped_;
     // Positions of the values of keys that have many, by upper-cased name.
     std::unordered_map<const Node*, std::unordered_map<std::string, std::size_t>> valueIndexes_;
 };
