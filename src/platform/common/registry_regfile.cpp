@@ -1027,13 +1027,16 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
     }
     // The catalogue walks the sub-keys of one key in turn and opens each twice
     // in a row: once to look at it, once to load the record. So the last key
-    // this thread opened is kept, and the next sibling is tried first.
+    // this thread opened is kept, and the next sibling is tried first. The
+    // nodes are held by address, not counted: they are used only while the
+    // tree is in the state they were found in, which no other tree ever has,
+    // and a counted reference would keep a gone tree's keys in memory.
     thread_local struct {
         uint64_t state = 0;
         int32_t hive = -1;
         std::string path;
-        NodeRef node;
-        NodeRef parent;  // null for a hive's root
+        Node* node = nullptr;
+        Node* parent = nullptr;  // null for a hive's root
         std::size_t place = 0;
     } last;
     const bool sameTree = last.state == tree_->state && last.hive == hive;
@@ -1047,13 +1050,13 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
             return cut == std::string_view::npos ? std::string_view() : of.substr(0, cut);
         };
         const std::string_view parentOfPath = parentPath(path);
-        if (sameTree && last.parent.get() != nullptr && parentPath(last.path) == parentOfPath) {
+        if (sameTree && last.parent != nullptr && parentPath(last.path) == parentOfPath) {
             const std::vector<NodeRef>& siblings = last.parent->children;
             const std::string_view leaf =
                 path.substr(parentOfPath.empty() ? 0 : parentOfPath.size() + 1);
             if (last.place + 1 < siblings.size() &&
                 compareNames(siblings[last.place + 1]->name, leaf) == 0) {
-                parent = last.parent.get();
+                parent = last.parent;
                 place = last.place + 1;
                 node = siblings[place].get();
             }
@@ -1063,15 +1066,15 @@ std::unique_ptr<RegistryKey> RegFileRegistry::open(int32_t hive, std::string_vie
             errorCode = kErrorFileNotFound;
             return nullptr;
         }
-        last.node = NodeRef(node);
-        last.parent = NodeRef(parent);
+        last.node = node;
+        last.parent = parent;
         last.place = place;
         last.state = tree_->state;
         last.hive = hive;
         last.path = path;
     }
     errorCode = 0;
-    return std::make_unique<RegFileKey>(last.node);
+    return std::make_unique<RegFileKey>(NodeRef(last.node));
 }
 
 }  // namespace ostrel::platform
