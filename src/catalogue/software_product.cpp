@@ -37,6 +37,9 @@ std::string programFolder(const std::string& stored) {
 }
 
 std::string twoDigits(int16_t number) {
+    // What Format(n, "00") gives a number that isn't negative, without the
+    // general formatter: it ran three times for every record loaded.
+    if (number >= 0) return (number < 10 ? "0" : "") + std::to_string(number);
     static const LocaleFacts invariant;  // "00" has no separator to localise
     return formatNumber(number, "00", invariant);
 }

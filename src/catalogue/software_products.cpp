@@ -154,6 +154,7 @@ void wncSoftwareProducts::ReadAllProducts(const PartNumberFilter* vdicFilter) {
     // other key than its own lower-cased part number isn't found by it, and
     // so leaves the collection here.
     KeyedList<std::string> names;
+    names.reserve(static_cast<size_t>(list_.count()));
     for (const auto& entry : list_) {
         resumeNext([&] {
             std::string folded = lowerCase(entry.item->PartNumber());
@@ -163,6 +164,7 @@ void wncSoftwareProducts::ReadAllProducts(const PartNumberFilter* vdicFilter) {
     KeyedList<std::string> sorted;
     resumeNext([&] { sorted = gfcolSortCollection(names); });
     ProductList result;
+    result.reserve(static_cast<size_t>(sorted.count()));
     for (const auto& entry : sorted) {
         // The names are lower case already.
         resumeNext([&] { result.add(list_.item(entry.item), entry.item); });

@@ -54,6 +54,7 @@ KeyedList<std::string> gfcolSortCollection(const KeyedList<std::string>& vcolIte
         msubSiftDown(items, indexes, 0, k - 1);
     }
 
+    sorted.reserve(static_cast<size_t>(n));
     for (const int32_t position : indexes) sorted.add(*items[static_cast<size_t>(position - 1)]);
     return sorted;
 }

@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <algorithm>
+#include <array>
 #include <ostream>
 #include <string>
 
@@ -16,15 +17,19 @@ std::string textOf(const Record& value) {
 
 // Appends a JSON string as dump() writes it: quoted, escaped, checked for UTF-8.
 void appendQuoted(std::string& out, std::string_view text) {
+    // The bytes that go out as they are: printable ASCII but the quote and
+    // the backslash. A table, since every byte of the output is looked at.
+    static constexpr auto kPlain = [] {
+        std::array<bool, 256> plain{};
+        for (int code = 0x20; code < 0x80; ++code) plain[static_cast<size_t>(code)] = true;
+        plain['"'] = plain['\\'] = false;
+        return plain;
+    }();
     out += '"';
-    const auto plain = [](char c) {
-        const auto code = static_cast<unsigned char>(c);
-        return code >= 0x20 && code < 0x80 && c != '"' && c != '\\';
-    };
     std::size_t at = 0;
     while (at < text.size()) {
         const std::size_t run = at;
-        while (at < text.size() && plain(text[at])) ++at;
+        while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) ++at;
         out.append(text, run, at - run);
         if (at == text.size()) break;
         if (static_cast<unsigned char>(text[at]) < 0x80) {

@@ -32,19 +32,26 @@ class KeyedList {
 
     // Appends; a key already present (in any case) raises 457 and adds nothing.
     void add(T item, std::optional<std::string> key = std::nullopt) {
-        std::string folded;
-        if (key) {
-            folded = lowerCase(*key);
-            if (index_.contains(folded)) raise(kErrDuplicateKey);
+        if (!key) {
+            entries_.push_back(Entry{std::move(item), std::nullopt});
+            return;
         }
-        entries_.push_back(Entry{std::move(item), std::move(key)});
-        if (!entries_.back().key) return;
+        // One look-up both finds a duplicate and makes the index entry.
+        const auto [slot, made] = index_.try_emplace(lowerCase(*key), entries_.size());
+        if (!made) raise(kErrDuplicateKey);
         try {
-            index_.emplace(std::move(folded), entries_.size() - 1);
+            entries_.push_back(Entry{std::move(item), std::move(key)});
         } catch (...) {
-            entries_.pop_back();  // a failed add leaves the list as it was
+            index_.erase(slot);  // a failed add leaves the list as it was
             throw;
         }
+    }
+
+    // Room for this many entries in all, so that a list filled in one go
+    // grows its storage and its index once.
+    void reserve(size_t entries) {
+        entries_.reserve(entries);
+        index_.reserve(entries);
     }
 
     const T& item(int32_t position) const { return entries_[positionIndex(position)].item; }

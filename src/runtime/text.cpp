@@ -173,12 +173,17 @@ char32_t mapCode(char32_t code) {
 template <bool kLower>
 std::string mapCase(std::string_view text) {
     // The ASCII run at the start, most often the whole text, is copied at
-    // once and mapped in place, with no decoding.
-    const auto wide = std::find_if(text.begin(), text.end(),
-                                   [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-    std::string out(text.begin(), wide);
-    for (char& c : out) c = static_cast<char>(mapCode<kLower>(static_cast<unsigned char>(c)));
-    for (size_t at = out.size(); at < text.size();) {
+    // once and mapped in place in one pass, with no decoding.
+    std::string out(text);
+    size_t ascii = 0;
+    for (; ascii < out.size(); ++ascii) {
+        const auto code = static_cast<unsigned char>(out[ascii]);
+        if (code >= 0x80) break;
+        out[ascii] = static_cast<char>(mapCode<kLower>(code));
+    }
+    if (ascii == out.size()) return out;
+    out.resize(ascii);
+    for (size_t at = ascii; at < text.size();) {
         const Decoded d = decodeUtf8(text, at);
         if (d.valid) {
             appendUtf8(out, mapCode<kLower>(d.code));

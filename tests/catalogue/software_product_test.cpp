@@ -61,12 +61,12 @@ TEST_F(SoftwareProductTest, ApplicationPathIsTrimmedAndGetsABackslash) {
 TEST_F(SoftwareProductTest, VersionNumbersMakeTheBuildIdOrStopTheLoad) {
     loadRegistry(
         toolbarKey("B", dword("VersionMinor", 123) + dword("VersionRevisionMajor", 100)) +
-        toolbarKey("C", dword("VersionMajor", 0xffffffff)) +
+        toolbarKey("C", dword("VersionMajor", 0xffffffff) + dword("VersionMinor", 0xfffffffb)) +
         toolbarKey("Big", partNumber("PN-9") + dword("VersionMajor", 40000) +
                               dword("VersionMinor", 2) + value("Label", "L")) +
         toolbarKey("Late", dword("VersionMinor", 2) + dword("VersionRevisionMinor", 0xffff7fff)));
     EXPECT_EQ(named("B")->BuildID(), "012310000");
-    EXPECT_EQ(named("C")->BuildID(), "-1000000");
+    EXPECT_EQ(named("C")->BuildID(), "-1-050000");
     const auto big = named("Big");
     EXPECT_EQ(big->PartNumber(), "PN-9");
     EXPECT_EQ(big->VersionMinor(), 0);
