@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "fakes/test_apartment.h"
+
 namespace ostrel::fuzz {
 
 namespace {
@@ -47,6 +49,11 @@ void require(bool condition, std::string_view message) {
     std::fprintf(stderr, "broken promise: %.*s\n", static_cast<int>(message.size()),
                  message.data());
     std::abort();
+}
+
+fakes::TestApartment& testApartment() {
+    static auto* const fx = new fakes::TestApartment();
+    return *fx;
 }
 
 }  // namespace ostrel::fuzz

@@ -10,6 +10,7 @@
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
 #include "foundation/settings.h"
+#include "fuzz_files.h"
 #include "platform/xml_document_port.h"
 
 namespace {
@@ -22,17 +23,10 @@ std::string_view field(std::string_view& input) {
     return taken;
 }
 
-// Made once and never destroyed: at exit this thread's globals are gone
-// before the static objects, and the apartment's destructor would reach them.
-ostrel::fakes::TestApartment& testApartment() {
-    static auto* const fx = new ostrel::fakes::TestApartment();
-    return *fx;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    ostrel::fakes::TestApartment& fx = testApartment();
+    ostrel::fakes::TestApartment& fx = ostrel::fuzz::testApartment();
     std::string_view input(reinterpret_cast<const char*>(data), size);
     const std::string_view section = field(input);
     const std::string_view key = field(input);

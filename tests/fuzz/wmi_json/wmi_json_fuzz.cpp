@@ -16,17 +16,10 @@ namespace {
 
 using ostrel::fuzz::require;
 
-// Made once and never destroyed: at exit this thread's globals are gone
-// before the static objects, and the apartment's destructor would reach them.
-ostrel::fakes::TestApartment& testApartment() {
-    static auto* const fx = new ostrel::fakes::TestApartment();
-    return *fx;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    ostrel::fakes::TestApartment& fx = testApartment();
+    ostrel::fakes::TestApartment& fx = ostrel::fuzz::testApartment();
     const std::string file = ostrel::fuzz::writeScratch("fuzz.json", data, size);
     ostrel::platform::WmiJsonProvider saved;
     try {
