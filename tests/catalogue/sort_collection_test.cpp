@@ -8,14 +8,18 @@
 namespace ostrel {
 namespace {
 
-// Every size up to a few heap levels, against a plain sort by character code.
+// Every size up to a few heap levels, against a plain sort by character
+// code: short texts, texts alike in their first eight bytes, bytes above
+// 0x7F and NULs, and texts that are the start of others.
 TEST(SortCollection, AgreesWithAPlainSort) {
     std::mt19937 random(7);
-    for (int size = 0; size < 40; ++size) {
+    const std::string stems[] = {"b-", "B-", "qrl-1234-", std::string("ab\0", 3), "\xC3\xA9-"};
+    for (int size = 0; size < 60; ++size) {
         KeyedList<std::string> list;
         std::vector<std::string> expected;
         for (int i = 0; i < size; ++i) {
-            expected.push_back((random() % 2 ? "B-" : "b-") + std::to_string(random() % 200));
+            const std::string& stem = stems[random() % std::size(stems)];
+            expected.push_back(random() % 4 ? stem + std::to_string(random() % 200) : stem);
             list.add(expected.back());
         }
         std::sort(expected.begin(), expected.end());
