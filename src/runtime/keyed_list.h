@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -36,22 +36,21 @@ class KeyedList {
             entries_.push_back(Entry{std::move(item), std::nullopt});
             return;
         }
-        // One look-up both finds a duplicate and makes the index entry.
-        const auto [slot, made] = index_.try_emplace(lowerCase(*key), entries_.size());
-        if (!made) raise(kErrDuplicateKey);
-        try {
-            entries_.push_back(Entry{std::move(item), std::move(key)});
-        } catch (...) {
-            index_.erase(slot);  // a failed add leaves the list as it was
-            throw;
-        }
+        const std::string folded = lowerCase(*key);
+        const size_t hash = hashOf(folded);
+        if (findSlot(folded, hash) != kNoSlot) raise(kErrDuplicateKey);
+        // What can fail comes first: a failed add leaves the list as it was.
+        reserveSlots(keys_ + 1);
+        entries_.push_back(Entry{std::move(item), std::move(key)});
+        placeSlot(Slot{hash, entries_.size()});
+        ++keys_;
     }
 
     // Room for this many entries in all, so that a list filled in one go
     // grows its storage and its index once.
     void reserve(size_t entries) {
         entries_.reserve(entries);
-        index_.reserve(entries);
+        reserveSlots(entries);
     }
 
     const T& item(int32_t position) const { return entries_[positionIndex(position)].item; }
@@ -69,20 +68,77 @@ class KeyedList {
     void remove(const std::string& key) { remove(std::string_view(key)); }
     void remove(const char* key) { remove(std::string_view(key)); }
 
-    bool containsKey(std::string_view key) const { return index_.contains(lowerCase(key)); }
+    bool containsKey(std::string_view key) const {
+        const std::string folded = lowerCase(key);
+        return findSlot(folded, hashOf(folded)) != kNoSlot;
+    }
 
     auto begin() const { return entries_.begin(); }
     auto end() const { return entries_.end(); }
 
   private:
+    // The index: open addressing with linear probing over a power-of-two
+    // table, each slot the hash of a lower-cased key and its entry's place
+    // (from 1; 0 is an empty slot). Flat, so that a list of thousands of
+    // keys is filled, searched and dropped without a node per key.
+    struct Slot {
+        size_t hash = 0;
+        size_t where = 0;
+    };
+    static constexpr size_t kNoSlot = static_cast<size_t>(-1);
+
+    static size_t hashOf(std::string_view folded) { return std::hash<std::string_view>{}(folded); }
+
+    size_t findSlot(std::string_view folded, size_t hash) const {
+        if (slots_.empty()) return kNoSlot;
+        const size_t mask = slots_.size() - 1;
+        for (size_t at = hash & mask;; at = (at + 1) & mask) {
+            const Slot& slot = slots_[at];
+            if (slot.where == 0) return kNoSlot;
+            if (slot.hash == hash && equalsText(*entries_[slot.where - 1].key, folded)) return at;
+        }
+    }
+    void placeSlot(Slot slot) {
+        const size_t mask = slots_.size() - 1;
+        size_t at = slot.hash & mask;
+        while (slots_[at].where != 0) at = (at + 1) & mask;
+        slots_[at] = slot;
+    }
+    // Takes a slot out and moves up the ones after it that would no longer
+    // be found past the gap, so a search still ends at the first empty slot.
+    void clearSlot(size_t hole) {
+        const size_t mask = slots_.size() - 1;
+        for (size_t at = (hole + 1) & mask; slots_[at].where != 0; at = (at + 1) & mask) {
+            const size_t home = slots_[at].hash & mask;
+            const bool reachable =
+                hole <= at ? (hole < home && home <= at) : (hole < home || home <= at);
+            if (!reachable) {
+                slots_[hole] = slots_[at];
+                hole = at;
+            }
+        }
+        slots_[hole] = Slot{};
+    }
+    // Keeps the table at most three quarters full.
+    void reserveSlots(size_t keys) {
+        if (keys * 4 <= slots_.size() * 3) return;
+        size_t size = 16;
+        while (keys * 4 > size * 3) size *= 2;
+        std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(size));
+        for (const Slot& slot : old) {
+            if (slot.where != 0) placeSlot(slot);
+        }
+    }
+
     size_t positionIndex(int32_t position) const {
         if (position < 1 || position > count()) raise(kErrSubscript);
         return static_cast<size_t>(position - 1);
     }
     size_t keyIndex(std::string_view key) const {
-        auto found = index_.find(lowerCase(key));
-        if (found == index_.end()) raise(kErrInvalidCall);
-        return found->second;
+        const std::string folded = lowerCase(key);
+        const size_t at = findSlot(folded, hashOf(folded));
+        if (at == kNoSlot) raise(kErrInvalidCall);
+        return slots_[at].where - 1;
     }
     size_t variantIndex(const Variant& indexKey) const {
         if (const auto* key = indexKey.getIf<std::string>()) return keyIndex(*key);
@@ -90,17 +146,22 @@ class KeyedList {
         return positionIndex(toLong(indexKey));
     }
     void eraseAt(size_t at) {
-        if (entries_[at].key) index_.erase(lowerCase(*entries_[at].key));
+        if (entries_[at].key) {
+            const std::string folded = lowerCase(*entries_[at].key);
+            clearSlot(findSlot(folded, hashOf(folded)));
+            --keys_;
+        }
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
         // Emptied from the end, as a collection is torn down, nothing moves.
         if (at == entries_.size()) return;
-        for (auto& [folded, where] : index_) {
-            if (where > at) --where;
+        for (Slot& slot : slots_) {
+            if (slot.where > at + 1) --slot.where;
         }
     }
 
     std::vector<Entry> entries_;
-    std::unordered_map<std::string, size_t> index_;  // lower-cased key -> entry
+    std::vector<Slot> slots_;
+    size_t keys_ = 0;  // entries with a key
 };
 
 }  // namespace ostrel

@@ -4,6 +4,8 @@
 
 #include "fakes/error_number.h"
 
+#include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -82,6 +84,62 @@ TEST(KeyedList, RemoveKeepsOrderAndIndex) {
     EXPECT_EQ(errorNumberOf([&] { list.remove(4); }), 9);
     EXPECT_EQ(errorNumberOf([&] { list.remove("kd"); }), 5);
     EXPECT_EQ(list.count(), 3);
+}
+
+// Thousands of adds and removes in any case against a plain list of pairs:
+// the index grows, and keys leave it from the middle of their runs; the
+// small pool keeps a small table crowded, so runs wrap around its end.
+TEST(KeyedList, ManyKeysStayFoundThroughAddsAndRemoves) {
+    for (const int pool : {12, 1500}) {
+        std::mt19937 random(11);
+        KeyedList<std::string> list;
+        std::vector<std::pair<std::string, std::optional<std::string>>> model;  // lower-cased key
+        const auto keyOf = [&](int n) {
+            std::string key = "Key-" + std::to_string(n);
+            for (char& c : key) c = random() % 2 ? static_cast<char>(std::toupper(c)) : c;
+            return key;
+        };
+        const auto modelPosition = [&](const std::string& key) -> int32_t {
+            for (size_t i = 0; i < model.size(); ++i) {
+                if (model[i].second == lowerCase(key)) return static_cast<int32_t>(i + 1);
+            }
+            return 0;
+        };
+        for (int step = 0; step < 6000; ++step) {
+            const std::string key = keyOf(static_cast<int>(random()) % pool);
+            const int32_t present = modelPosition(key);
+            if (random() % 3 != 0) {
+                const bool keyed = random() % 8 != 0;
+                const std::string item = "item" + std::to_string(step);
+                const int number =
+                    errorNumberOf([&] { keyed ? list.add(item, key) : list.add(item); });
+                ASSERT_EQ(number, keyed && present ? 457 : 0) << pool << " " << step;
+                if (!number) {
+                    model.emplace_back(item, keyed ? std::optional(lowerCase(key)) : std::nullopt);
+                }
+            } else if (present && random() % 2) {
+                list.remove(key);
+                model.erase(model.begin() + present - 1);
+            } else if (!model.empty()) {
+                const auto position = static_cast<int32_t>(random() % model.size() + 1);
+                list.remove(position);
+                model.erase(model.begin() + position - 1);
+            }
+            ASSERT_EQ(list.count(), static_cast<int32_t>(model.size())) << pool << " " << step;
+            for (int n = 0; n < pool && pool < 100; ++n) {
+                ASSERT_EQ(list.containsKey(keyOf(n)), modelPosition(keyOf(n)) != 0) << step;
+            }
+        }
+        for (size_t i = 0; i < model.size(); ++i) {
+            ASSERT_EQ(list.item(static_cast<int32_t>(i + 1)), model[i].first) << i;
+            if (model[i].second) {
+                ASSERT_EQ(list.item(*model[i].second), model[i].first) << i;
+            }
+        }
+        for (int n = 0; n < pool; ++n) {
+            EXPECT_EQ(list.containsKey(keyOf(n)), modelPosition(keyOf(n)) != 0) << n;
+        }
+    }
 }
 
 }  // namespace
