@@ -173,6 +173,14 @@ void wncSoftwareProducts::ReadAllProducts(const PartNumberFilter* vdicFilter) {
     invalidateIndex();
 }
 
+namespace {
+
+size_t referenceOf(const wncSoftwareProduct* product) {
+    return reinterpret_cast<size_t>(product);
+}
+
+}  // namespace
+
 void wncSoftwareProducts::partNumberChanged(const wncSoftwareProduct& product,
                                             std::string_view oldPartNumber) {
     if (!partIndexValid_) return;
@@ -182,8 +190,10 @@ void wncSoftwareProducts::partNumberChanged(const wncSoftwareProduct& product,
         invalidateIndex();
         return;
     }
-    const auto previous = partIndex_.find(lowerCase(oldPartNumber));
-    if (previous != partIndex_.end() && previous->second == &product) partIndex_.erase(previous);
+    // Found where the old number put it: the record's key is the new one now.
+    const size_t previous = partIndex_.findReference(FoldedIndex::hashOf(lowerCase(oldPartNumber)),
+                                                     referenceOf(&product));
+    if (previous != FoldedIndex::kNoSlot) partIndex_.erase(previous);
     indexAppended(list_.item(list_.count()));
 }
 
@@ -191,23 +201,36 @@ wncSoftwareProduct* wncSoftwareProducts::firstWithPartNumber(std::string_view pa
     if (!partIndexValid_) {
         partIndex_.clear();
         for (const auto& entry : list_) {
-            if (entry.item)
-                partIndex_.try_emplace(lowerCase(entry.item->PartNumber()), entry.item.get());
+            if (entry.item) indexRecord(*entry.item);
         }
         partIndexValid_ = true;
     }
-    const auto found = partIndex_.find(lowerCase(partNumber));
-    return found == partIndex_.end() ? nullptr : found->second;
+    const std::string folded = lowerCase(partNumber);
+    const size_t slot = partIndex_.find(folded, FoldedIndex::hashOf(folded), partNumberOf);
+    return slot == FoldedIndex::kNoSlot
+               ? nullptr
+               : reinterpret_cast<wncSoftwareProduct*>(partIndex_.reference(slot));
 }
 
 void wncSoftwareProducts::indexAppended(const Ref<wncSoftwareProduct>& product) const {
-    if (partIndexValid_) partIndex_.try_emplace(lowerCase(product->PartNumber()), product.get());
+    if (partIndexValid_) indexRecord(*product);
+}
+
+// The first record with a number stays: a later one with the same number
+// is not indexed.
+void wncSoftwareProducts::indexRecord(const wncSoftwareProduct& product) const {
+    const std::string folded = lowerCase(product.PartNumber());
+    const size_t hash = FoldedIndex::hashOf(folded);
+    if (partIndex_.find(folded, hash, partNumberOf) != FoldedIndex::kNoSlot) return;
+    partIndex_.reserve(partIndex_.size() + 1);
+    partIndex_.insert(hash, referenceOf(&product));
+}
+
+std::string_view wncSoftwareProducts::partNumberOf(size_t reference) {
+    return reinterpret_cast<const wncSoftwareProduct*>(reference)->PartNumber();
 }
 
 void wncSoftwareProducts::invalidateIndex() const {
-    // An empty map's clear() still wipes every bucket: a collection emptied
-    // entry by entry would pay for that each time.
-    if (!partIndexValid_ && partIndex_.empty()) return;
     partIndexValid_ = false;
     partIndex_.clear();
 }

@@ -9,10 +9,10 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "runtime/folded_index.h"
 #include "runtime/keyed_list.h"
 #include "runtime/object.h"
 #include "runtime/variant.h"
@@ -64,14 +64,17 @@ class wncSoftwareProducts : public Object {
   private:
     wncSoftwareProduct* firstWithPartNumber(std::string_view partNumber) const;
     void indexAppended(const Ref<wncSoftwareProduct>& product) const;
+    void indexRecord(const wncSoftwareProduct& product) const;
+    static std::string_view partNumberOf(size_t reference);
     void invalidateIndex() const;
 
     ProductList list_;
 
     // Lower-cased PartNumber -> first record of the list that carries it, so
     // that finding a record by part number is no walk of the list. Built on
-    // demand, kept up to date on appends, dropped on any other change.
-    mutable std::unordered_map<std::string, wncSoftwareProduct*> partIndex_;
+    // demand, kept up to date on appends, dropped on any other change. A
+    // slot refers to its record by address; the key is the record's own.
+    mutable FoldedIndex partIndex_;
     mutable bool partIndexValid_ = false;
 };
 

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +14,7 @@
 
 #include "runtime/automation_error.h"
 #include "runtime/convert.h"
+#include "runtime/folded_index.h"
 #include "runtime/text.h"
 #include "runtime/variant.h"
 
@@ -37,20 +37,19 @@ class KeyedList {
             return;
         }
         const std::string folded = lowerCase(*key);
-        const size_t hash = hashOf(folded);
-        if (findSlot(folded, hash) != kNoSlot) raise(kErrDuplicateKey);
+        const size_t hash = FoldedIndex::hashOf(folded);
+        if (slotOf(folded, hash) != FoldedIndex::kNoSlot) raise(kErrDuplicateKey);
         // What can fail comes first: a failed add leaves the list as it was.
-        reserveSlots(keys_ + 1);
+        index_.reserve(index_.size() + 1);
         entries_.push_back(Entry{std::move(item), std::move(key)});
-        placeSlot(Slot{hash, entries_.size()});
-        ++keys_;
+        index_.insert(hash, entries_.size());
     }
 
     // Room for this many entries in all, so that a list filled in one go
     // grows its storage and its index once.
     void reserve(size_t entries) {
         entries_.reserve(entries);
-        reserveSlots(entries);
+        index_.reserve(entries);
     }
 
     const T& item(int32_t position) const { return entries_[positionIndex(position)].item; }
@@ -70,75 +69,28 @@ class KeyedList {
 
     bool containsKey(std::string_view key) const {
         const std::string folded = lowerCase(key);
-        return findSlot(folded, hashOf(folded)) != kNoSlot;
+        return slotOf(folded, FoldedIndex::hashOf(folded)) != FoldedIndex::kNoSlot;
     }
 
     auto begin() const { return entries_.begin(); }
     auto end() const { return entries_.end(); }
 
   private:
-    // The index: open addressing with linear probing over a power-of-two
-    // table, each slot the hash of a lower-cased key and its entry's place
-    // (from 1; 0 is an empty slot). Flat, so that a list of thousands of
-    // keys is filled, searched and dropped without a node per key.
-    struct Slot {
-        size_t hash = 0;
-        size_t where = 0;
-    };
-    static constexpr size_t kNoSlot = static_cast<size_t>(-1);
-
-    static size_t hashOf(std::string_view folded) { return std::hash<std::string_view>{}(folded); }
-
-    size_t findSlot(std::string_view folded, size_t hash) const {
-        if (slots_.empty()) return kNoSlot;
-        const size_t mask = slots_.size() - 1;
-        for (size_t at = hash & mask;; at = (at + 1) & mask) {
-            const Slot& slot = slots_[at];
-            if (slot.where == 0) return kNoSlot;
-            if (slot.hash == hash && equalsText(*entries_[slot.where - 1].key, folded)) return at;
-        }
+    // The index refers to an entry by its place, from 1.
+    size_t slotOf(std::string_view folded, size_t hash) const {
+        return index_.find(folded, hash, [this](size_t place) -> std::string_view {
+            return *entries_[place - 1].key;
+        });
     }
-    void placeSlot(Slot slot) {
-        const size_t mask = slots_.size() - 1;
-        size_t at = slot.hash & mask;
-        while (slots_[at].where != 0) at = (at + 1) & mask;
-        slots_[at] = slot;
-    }
-    // Takes a slot out and moves up the ones after it that would no longer
-    // be found past the gap, so a search still ends at the first empty slot.
-    void clearSlot(size_t hole) {
-        const size_t mask = slots_.size() - 1;
-        for (size_t at = (hole + 1) & mask; slots_[at].where != 0; at = (at + 1) & mask) {
-            const size_t home = slots_[at].hash & mask;
-            const bool reachable =
-                hole <= at ? (hole < home && home <= at) : (hole < home || home <= at);
-            if (!reachable) {
-                slots_[hole] = slots_[at];
-                hole = at;
-            }
-        }
-        slots_[hole] = Slot{};
-    }
-    // Keeps the table at most three quarters full.
-    void reserveSlots(size_t keys) {
-        if (keys * 4 <= slots_.size() * 3) return;
-        size_t size = 16;
-        while (keys * 4 > size * 3) size *= 2;
-        std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(size));
-        for (const Slot& slot : old) {
-            if (slot.where != 0) placeSlot(slot);
-        }
-    }
-
     size_t positionIndex(int32_t position) const {
         if (position < 1 || position > count()) raise(kErrSubscript);
         return static_cast<size_t>(position - 1);
     }
     size_t keyIndex(std::string_view key) const {
         const std::string folded = lowerCase(key);
-        const size_t at = findSlot(folded, hashOf(folded));
-        if (at == kNoSlot) raise(kErrInvalidCall);
-        return slots_[at].where - 1;
+        const size_t slot = slotOf(folded, FoldedIndex::hashOf(folded));
+        if (slot == FoldedIndex::kNoSlot) raise(kErrInvalidCall);
+        return index_.reference(slot) - 1;
     }
     size_t variantIndex(const Variant& indexKey) const {
         if (const auto* key = indexKey.getIf<std::string>()) return keyIndex(*key);
@@ -148,20 +100,18 @@ class KeyedList {
     void eraseAt(size_t at) {
         if (entries_[at].key) {
             const std::string folded = lowerCase(*entries_[at].key);
-            clearSlot(findSlot(folded, hashOf(folded)));
-            --keys_;
+            index_.erase(slotOf(folded, FoldedIndex::hashOf(folded)));
         }
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
         // Emptied from the end, as a collection is torn down, nothing moves.
         if (at == entries_.size()) return;
-        for (Slot& slot : slots_) {
-            if (slot.where > at + 1) --slot.where;
-        }
+        index_.forEachReference([at](size_t& place) {
+            if (place > at + 1) --place;
+        });
     }
 
     std::vector<Entry> entries_;
-    std::vector<Slot> slots_;
-    size_t keys_ = 0;  // entries with a key
+    FoldedIndex index_;
 };
 
 }  // namespace ostrel
