@@ -51,7 +51,11 @@ PartNumberTable PartNumberTable::parse(std::string_view text) {
         if (line.ends_with('\r')) line.remove_suffix(1);
         std::string row = normalisePartNumber(line);
         if (row.empty() || row.front() == '#') continue;
-        table.rows_.insert(std::move(row));
+        const size_t hash = FoldedIndex::hashOf(row);
+        if (table.find(row, hash) != FoldedIndex::kNoSlot) continue;
+        table.index_.reserve(table.rows_.size() + 1);
+        table.rows_.push_back(std::move(row));
+        table.index_.insert(hash, table.rows_.size());
     }
     return table;
 }

@@ -6,7 +6,9 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <vector>
+
+#include "runtime/folded_index.h"
 
 namespace ostrel {
 
@@ -22,11 +24,19 @@ class PartNumberTable {
     static PartNumberTable load();
 
     // Takes a normalised part number.
-    bool contains(const std::string& normalised) const { return rows_.contains(normalised); }
+    bool contains(std::string_view normalised) const {
+        return find(normalised, FoldedIndex::hashOf(normalised)) != FoldedIndex::kNoSlot;
+    }
     size_t size() const { return rows_.size(); }
 
   private:
-    std::unordered_set<std::string> rows_;
+    size_t find(std::string_view normalised, size_t hash) const {
+        return index_.find(normalised, hash,
+                           [this](size_t place) -> std::string_view { return rows_[place - 1]; });
+    }
+
+    std::vector<std::string> rows_;  // each once
+    FoldedIndex index_;              // refers to a row by its place, from 1
 };
 
 // Normalises its argument; False for an empty one, and on any failure.

@@ -10,7 +10,7 @@ using KnownPartNumberTest = CatalogueTest;
 // The file beside the component and an unreadable one are tried end to end.
 TEST_F(KnownPartNumberTest, ReadsOneNormalisedNumberALineOnce) {
     const auto table = PartNumberTable::parse(
-        "\xEF\xBB\xBF# family\r\nQRL-1\r\n\r\n  # note\n  Qrl-2  \n\xC3\x84-3");
+        "\xEF\xBB\xBF# family\r\nQRL-1\r\n\r\n  # note\n  Qrl-2  \n\xC3\x84-3\nqrl-1 ");
     EXPECT_EQ(table.size(), 3u);
     EXPECT_TRUE(table.contains("qrl-1") && table.contains("qrl-2") && table.contains("\xC3\xA4-3"));
 
