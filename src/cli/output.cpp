@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <ostream>
 #include <string>
 
@@ -15,21 +17,44 @@ std::string textOf(const Record& value) {
     return value.dump();
 }
 
+// The bytes that go out as they are: printable ASCII but the quote and the
+// backslash.
+constexpr auto kPlain = [] {
+    std::array<bool, 256> plain{};
+    for (int code = 0x20; code < 0x80; ++code) plain[static_cast<size_t>(code)] = true;
+    plain['"'] = plain['\\'] = false;
+    return plain;
+}();
+
+// Whether any of eight bytes is not plain: below 0x20, above 0x7F, a quote
+// or a backslash. Each test flags a byte's high bit.
+bool anyNotPlain(uint64_t bytes) {
+    constexpr uint64_t kOnes = 0x0101010101010101u;
+    constexpr uint64_t kHighs = 0x8080808080808080u;
+    const auto anyZero = [](uint64_t word) { return (word - kOnes) & ~word & kHighs; };
+    return (((bytes - kOnes * 0x20) & ~bytes) | bytes | anyZero(bytes ^ (kOnes * '"')) |
+            anyZero(bytes ^ (kOnes * '\\'))) &
+           kHighs;
+}
+
+// Where the run of plain bytes from `at` ends: eight at a time while they
+// are all plain, every byte of the output being looked at, then byte by byte.
+std::size_t plainRunEnd(std::string_view text, std::size_t at) {
+    for (uint64_t bytes = 0; at + sizeof bytes <= text.size(); at += sizeof bytes) {
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if (anyNotPlain(bytes)) break;
+    }
+    while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) ++at;
+    return at;
+}
+
 // Appends a JSON string as dump() writes it: quoted, escaped, checked for UTF-8.
 void appendQuoted(std::string& out, std::string_view text) {
-    // The bytes that go out as they are: printable ASCII but the quote and
-    // the backslash. A table, since every byte of the output is looked at.
-    static constexpr auto kPlain = [] {
-        std::array<bool, 256> plain{};
-        for (int code = 0x20; code < 0x80; ++code) plain[static_cast<size_t>(code)] = true;
-        plain['"'] = plain['\\'] = false;
-        return plain;
-    }();
     out += '"';
     std::size_t at = 0;
     while (at < text.size()) {
         const std::size_t run = at;
-        while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) ++at;
+        at = plainRunEnd(text, at);
         out.append(text, run, at - run);
         if (at == text.size()) break;
         if (static_cast<unsigned char>(text[at]) < 0x80) {
