@@ -92,6 +92,13 @@ Ref<wncSoftwareProduct> wncSoftwareProducts::ItemByPartNumber(
     return Ref<wncSoftwareProduct>(firstWithPartNumber(vstrPartNumber));
 }
 
+// Clearing each record's Parent breaks the loop; the collection then goes
+// with its list, and the records with it, without a Remove each.
+OwnedProducts::~OwnedProducts() {
+    if (!products_) return;
+    for (const auto& product : products_->items()) product->Parent(nullptr);
+}
+
 void wncSoftwareProducts::RemoveAll() {
     while (list_.count() > 0) Remove(Variant(list_.count()));
 }

@@ -79,16 +79,14 @@ class wncSoftwareProducts : public Object {
 };
 
 // A collection held by its owner (the tool, a test): the records and their
-// collection keep each other alive, as hosts expect, so the owner empties it
-// when done with it.
+// collection keep each other alive, as hosts expect, so the owner breaks
+// that loop when done with it.
 class OwnedProducts {
   public:
     explicit OwnedProducts(Ref<wncSoftwareProducts> products) : products_(std::move(products)) {}
     OwnedProducts(const OwnedProducts&) = delete;
     OwnedProducts& operator=(const OwnedProducts&) = delete;
-    ~OwnedProducts() {
-        if (products_) products_->RemoveAll();
-    }
+    ~OwnedProducts();
     wncSoftwareProducts* operator->() const { return products_.get(); }
 
   private:
