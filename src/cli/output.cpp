@@ -103,8 +103,18 @@ void printRecord(std::ostream& out, const Record& record, bool json) {
     }
 }
 
+JsonArrayWriter::~JsonArrayWriter() {
+    flush();
+}
+
+void JsonArrayWriter::flush() {
+    out_.write(object_.data(), static_cast<std::streamsize>(complete_));
+    object_.erase(0, complete_);
+    complete_ = 0;
+}
+
 void JsonArrayWriter::beginObject() {
-    object_ = anyObject_ ? ",\n  {" : "[\n  {";
+    object_ += anyObject_ ? ",\n  {" : "[\n  {";
     anyObject_ = true;
     anyField_ = false;
 }
@@ -128,10 +138,14 @@ void JsonArrayWriter::field(std::string_view name, int64_t number) {
 
 void JsonArrayWriter::endObject() {
     object_ += anyField_ ? "\n  }" : "}";
-    out_ << object_;
+    complete_ = object_.size();
+    // Sent in pieces of some size: a write for each record would cost a
+    // system call each.
+    if (complete_ >= 64 * 1024) flush();
 }
 
 void JsonArrayWriter::finish() {
+    flush();
     out_ << (anyObject_ ? "\n]\n" : "[]\n");
 }
 

@@ -22,6 +22,11 @@ void printRecord(std::ostream& out, const Record& record, bool json);
 class JsonArrayWriter {
   public:
     explicit JsonArrayWriter(std::ostream& out) : out_(out) {}
+    JsonArrayWriter(const JsonArrayWriter&) = delete;
+    JsonArrayWriter& operator=(const JsonArrayWriter&) = delete;
+    // Sends the whole objects not yet sent; an object left half-written
+    // (a field that raised) is dropped.
+    ~JsonArrayWriter();
     void beginObject();
     void field(std::string_view key, std::string_view text);
     void field(std::string_view key, int64_t number);
@@ -31,9 +36,11 @@ class JsonArrayWriter {
 
   private:
     void key(std::string_view key);
+    void flush();
 
     std::ostream& out_;
-    std::string object_;  // the object being written, sent whole to the stream
+    std::string object_;   // whole objects not yet sent, then the one being written
+    size_t complete_ = 0;  // how much of object_ is whole objects
     bool anyObject_ = false;
     bool anyField_ = false;
 };
