@@ -2,13 +2,8 @@
 # The WMI inventory end to end: bash inventory_test.sh /path/to/ostrel
 # shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
 # shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
+. "$(dirname "$0")/harness.bash" "$@"
 unset OSTREL_WMI
 
 # This machine, through the Linux provider: a stamp, CR LF everywhere.
@@ -93,5 +88,4 @@ head -c 17000000 /dev/zero | tr '\0' ' ' >"$work/huge.json"
 run --wmi "$work/huge.json" inventory
 check "a huge file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/huge.json: larger than 16 MiB"* ]]'
 
-[ "$failures" = 0 ] || { echo "$failures failure(s)" >&2; exit 1; }
-echo "inventory end to end: all passed"
+finish inventory_test

@@ -5,13 +5,9 @@
 # concurrent writers makes (default 500).
 # shellcheck disable=SC2016 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 [wine] /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash" "$@"
 saves=${SAVES:-500}
-work=$(mktemp -d)
-failures=0
-
-case "${tool[-1]}" in *.exe) windows=true ;; *) windows=false ;; esac
 if $windows; then
   # The prefix's own data folder and the current user's program-settings tree.
   data="$(winepath -u 'C:\ProgramData' 2>/dev/null)/QUORL"
@@ -34,9 +30,6 @@ trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$work" "$data"; cle
 rm -rf "$data"
 clean_older
 mkdir -p "$data"
-
-# shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
 has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
@@ -132,5 +125,4 @@ wait
 count=$(grep -o '<W[0-9]*_[0-9]*>' "$settings" | sort -u | wc -l)
 check "4 writers x $saves saves: all $((4 * saves)) keys are in the file ($count)" '[ "$count" = $((4 * saves)) ]'
 
-echo "settings_test ${tool[*]}: $failures failed"
-[ "$failures" = 0 ]
+finish "settings_test ${tool[*]}"

@@ -2,13 +2,8 @@
 # The time and path commands end to end: bash time_path_test.sh /path/to/ostrel
 # shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
 # shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
+. "$(dirname "$0")/harness.bash" "$@"
 
 # US Eastern time: the rule of the date back from GMT, the offset now towards it.
 export TZ=EST5EDT,M3.2.0,M11.1.0
@@ -47,5 +42,4 @@ check "path browse: not a folder, then an empty answer cancels" '[ "$rc" = 0 ] &
 run path browse </dev/null
 check "path browse: the end of input cancels" '[ "$rc" = 0 ] && [ -z "$out" ]'
 
-[ "$failures" = 0 ] && echo "time_path_test: all checks passed"
-exit "$failures"
+finish time_path_test
