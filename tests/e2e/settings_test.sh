@@ -68,8 +68,6 @@ run settings get Settings Moved
 check "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"'
 run --trace settings set Second Key value
 check "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]'
-run --trace settings get "Bad Section" Key --default d
-check "a name that is no element name: the failure line and the default" '[ "$rc" = 0 ] && [ "$out" = d ] && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Bad Section[Key] setting.  ERROR: "'
 
 # The verbosity of the log comes from the file.
 touch "$data/debug_ot"
