@@ -7,21 +7,11 @@
 # throwaway prefix of its own when unset. Non-zero on any failure.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
 own_prefix=""
-if [ -z "${WINEPREFIX:-}" ]; then
-  new_wine_prefix
-  own_prefix=1
-fi
-
-failures=0
-ok() { echo "ok   $*"; }
-fail() {
-  echo "FAIL $*"
-  failures=$((failures + 1))
-}
+[ -n "${WINEPREFIX:-}" ] || own_prefix=1
+wine_test_setup
 reg32() { wine_builtin 64 reg "$@" /reg:32 >/dev/null 2>&1; }
 # A key the tests need: said aloud when it can't be written.
 reg32_add() { reg32 add "$@" || { echo "FAIL reg add $*" >&2; exit 1; }; }
@@ -89,9 +79,7 @@ assert d["IPAddress"] == "10.1.0.5 10.1.0.6" and d["Domain"] == "lab.example" an
 
   dll="$(winepath -w "$bin/Ostrel.dll")"
   if wine_builtin "$bits" regsvr32 /s "$dll"; then
-    joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
-    cat "$here/vbs/check.vbs" "$here/vbs/network.vbs" >"$joined"
-    if wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")"; then
+    if run_vbs "$bits" "$here/vbs/network.vbs"; then
       ok "network.vbs ($bits-bit cscript)"
     else
       fail "network.vbs ($bits-bit cscript, see above)"
