@@ -69,19 +69,6 @@ check "an older value moves into the file" '[ "$out" = older ] && has "$(file)" 
 run --trace settings set Second Key value
 check "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]'
 
-# The verbosity of the log comes from the file.
-touch "$data/debug_ot"
-run settings set Settings OutputDebugString 1001
-run mutex Traced
-log=$(tr -d '\r' <"$data/ot.log")
-check "level 1001 traces the lock" 'has "$log" "*** START version: " && has "$log" "Obtained mutex(Traced," && has "$log" "Closed mutex handle("'
-rm -f "$data/ot.log"
-run settings set Settings OutputDebugString 0
-run mutex Quiet
-log=$(tr -d '\r' <"$data/ot.log")
-check "level 0 keeps the log on without the trace" 'has "$log" "*** START version: " && ! has "$log" "Obtained mutex(Quiet"'
-rm -f "$data/debug_ot" "$data/ot.log"
-
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
 hold "$name" 60000
