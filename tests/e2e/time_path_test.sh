@@ -5,14 +5,11 @@ set -u
 # shellcheck source=harness.bash
 . "$(dirname "$0")/harness.bash" "$@"
 
-# US Eastern time: the rule of the date back from GMT, the offset now towards it.
+# US Eastern time: the rule of the date back from GMT, the offset now towards it
+# (winter and the year's end in this zone: the SystemTimeZone suite).
 export TZ=EST5EDT,M3.2.0,M11.1.0
-run time from-gmt "2024-01-15 12:00:00"
-check "from-gmt in winter" '[ "$rc" = 0 ] && [ "$out" = "2024-01-15 07:00:00" ]'
 run time from-gmt "2024-07-15 12:00:00.6"
 check "from-gmt in summer, a fraction of a second rounds away" '[ "$out" = "2024-07-15 08:00:01" ]'
-run time to-gmt "2023-12-31 23:30:00"
-check "to-gmt: 23:30 on 31 December is next year" '[[ "$out" == "2024-01-01 0"[34]":30:00" ]]'
 run time to-gmt "2024-03-10 02:30:00"
 check "to-gmt: the skipped spring hour converts" '[ "$rc" = 0 ] && [[ "$out" == "2024-03-10 0"[67]":30:00" ]]'
 run time to-gmt "9999-12-31 23:59:59"
