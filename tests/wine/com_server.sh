@@ -126,9 +126,9 @@ run_vbscript() { # run_vbscript <file> [args]: in the script host of the bitness
   if run_vbs "$view" "$@"; then ok "$(basename "$1") ${*:2}"; else fail "$(basename "$1") ${*:2} (see above)"; fi
 }
 
-# The settings members: an older value moves from HKCU into the file, a
-# second section goes to HKCU, and four script hosts saving at once lose
-# nothing (the file's verbosity and the log: tests/e2e/settings_test.sh).
+# The settings members from a script host, an older value in HKCU, and four
+# script hosts saving at once lose nothing (what reaches the file and HKCU:
+# tests/e2e/settings_test.sh, run under Wine by cli.sh).
 test_settings() {
   local data older='HKCU\Software\VB and VBA Program Settings\Ostrel' w count
   data="$(winepath -u 'C:\ProgramData')/QUORL"
@@ -137,13 +137,7 @@ test_settings() {
   run_reg delete "$older" /f >/dev/null 2>&1 || true
   run_reg add "$older\Settings" /v Moved /d older /f >/dev/null 2>&1
   run_vbscript "$here/vbs/settings.vbs"
-  grep -q '<Colour>blue</Colour>' "$data/ot_settings.xml" && grep -q '<Moved>older</Moved>' "$data/ot_settings.xml" &&
-    ok "the file holds the saved and the moved value" || fail "settings file: $(cat "$data/ot_settings.xml" 2>&1)"
-  run_reg query "$older\Second" /v K 2>/dev/null | grep -q 'REG_SZ *v' &&
-    ok "a second section went to HKCU\Software\VB and VBA Program Settings" || fail "second section not in HKCU"
-
   rm -f "$data/ot_settings.xml"
-
   for w in 1 2 3 4; do run_vbs "$view" "$here/vbs/settings.vbs" writer "$w" 500 >/dev/null 2>&1 & done
   wait
   count=$(grep -o '<W[0-9]*_[0-9]*>' "$data/ot_settings.xml" | sort -u | wc -l)
