@@ -21,8 +21,6 @@ for bits in 64 32; do
     ok "win$bits inventory: the stamp" || fail "win$bits inventory: no stamp: $(head -c 200 "$work/text")"
   [ "$(grep -c $'[^\r]$' "$work/text")" = 0 ] && ok "win$bits inventory: CR LF line ends" ||
     fail "win$bits inventory: a line without CR"
-  grep -q '//CPU_0 ' "$work/text" && grep -q ', 64-bit\|, 32-bit' "$work/text" &&
-    ok "win$bits inventory: processor and system lines" || fail "win$bits inventory: $(cat -A "$work/text")"
   "${tool[@]}" inventory --json >"$work/pc.json" 2>/dev/null || fail "win$bits inventory --json: exit $?"
   "${tool[@]}" --wmi "$(winepath -w "$work/pc.json")" inventory >"$work/replay" 2>/dev/null
   cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/replay") &&

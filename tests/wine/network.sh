@@ -64,18 +64,11 @@ for bits in 64 32; do
   out="$("${tool[@]}" network adapters 2>/dev/null | tr -d '\r' | paste -sd '|')"
   [ "$out" = '{OSTREL-ADAPTER-1}|{OSTREL-ADAPTER-2}' ] && ok "ostrel.exe network adapters" ||
     fail "ostrel.exe network adapters: '$out'"
-  out="$("${tool[@]}" network cards --json 2>/dev/null | tr -d '\r')"
-  grep -q '"{OSTREL-SERVICE-A}"' <<<"$out" && grep -q '"{OSTREL-SERVICE-B}"' <<<"$out" &&
-    ok "ostrel.exe network cards --json holds our service names" || fail "ostrel.exe network cards: $out"
-  out="$("${tool[@]}" network interface '{ostrel-adapter-1}' --json 2>/dev/null | tr -d '\r')"
-  if python3 -c '
-import json, sys
-d = json.loads(sys.argv[1])
-assert list(d)[:4] == ["HostName", "DefaultGateway", "Domain", "IPAddress"] and len(d) == 13
-assert d["IPAddress"] == "10.1.0.5 10.1.0.6" and d["Domain"] == "lab.example" and d["EnableDHCP"] == 1
-' "$out" 2>/dev/null; then ok "ostrel.exe network interface --json (any case of the name)"; else
-    fail "ostrel.exe network interface --json: $out"
-  fi
+  # The cards, the values and their order: network.vbs from the same keys,
+  # and the tool's rendering: tests/e2e/network_test.sh.
+  out="$("${tool[@]}" network interface '{ostrel-adapter-1}' 2>/dev/null | tr -d '\r' | grep '^IPAddress')"
+  [ "$out" = 'IPAddress      : 10.1.0.5 10.1.0.6' ] && ok "ostrel.exe network interface (any case of the name)" ||
+    fail "ostrel.exe network interface: '$out'"
 
   dll="$(winepath -w "$bin/Ostrel.dll")"
   if wine_builtin "$bits" regsvr32 /s "$dll"; then
