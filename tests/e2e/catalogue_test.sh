@@ -2,15 +2,12 @@
 # End to end: the tool's catalogue commands against tests/fixtures/catalogue.reg
 # and the built-in sample. Usage: catalogue_test.sh PATH_TO_OSTREL
 set -uo pipefail
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash" "$@"
 ostrel="$1"
-fixtures="$(cd "$(dirname "$0")/../fixtures" && pwd)"
 registry="$fixtures/catalogue.reg"
 unset OSTREL_REGISTRY
 export OSTREL_PART_NUMBERS="$fixtures/catalogue-part-numbers.txt"
-failures=0
-
-# shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
 run() { "$ostrel" --registry "$registry" "$@"; }
 field() { grep -F "\"$1\"" | sed 's/^ *//; s/,$//' | tr '\n' ' '; } # KEY: its lines of a JSON dump
 
@@ -58,4 +55,4 @@ sample="$("$ostrel" catalogue)"
 expect "sample" "Registry: the built-in sample registry (no --registry, no OSTREL_REGISTRY)|QRL-2040 QRL-2041 qrl-3100 qrl-3200 QRL-4010 QRL-5001 QRL-6000 QRL-900" \
     "$(head -n 1 <<<"$sample")|$(tail -n +4 <<<"$sample" | head -n -2 | awk '{print $1}' | xargs)"
 
-[ "$failures" -eq 0 ] || { echo "$failures failure(s)"; exit 1; }
+finish catalogue_test

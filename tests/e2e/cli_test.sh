@@ -3,17 +3,8 @@
 # (a Windows build runs as: bash cli_test.sh wine /path/to/ostrel.exe).
 # shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 [wine] /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
-windows=false
-case "${tool[-1]}" in *.exe) windows=true ;; esac
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-
 # shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
+. "$(dirname "$0")/harness.bash" "$@"
 has() { grep -qE -- "$2" <<<"$1"; }
 
 keys="ComputerName UserName ClientSiteName DomainName DomainControllerAddress DomainControllerName ForestName PrimaryDomainController SiteName Groups IsNTPlatform IsNT4 IsX64Based IsXPOrHigher IsXPEmbedded"
@@ -139,5 +130,4 @@ if ! $windows; then
     check "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"'
 fi
 
-[ "$failures" -eq 0 ] || { echo "$failures check(s) failed" >&2; exit 1; }
-echo "cli_test: all checks passed"
+finish cli_test

@@ -1,6 +1,15 @@
-# Sourced by the tool's end-to-end scripts. The caller sets tool (the
-# command as an array), work (a scratch folder) and failures=0; a script
-# with a run of its own defines it after sourcing this.
+# Sourced first by the tool's end-to-end scripts, with the script's own
+# arguments ([wine] /path/to/ostrel): sets tool (the command as an array),
+# windows (true for a Windows build), fixtures, work (a scratch folder,
+# removed on exit) and failures=0. A script with a run of its own defines
+# it after sourcing this; finish ends every script.
+[ $# -ge 1 ] || { echo "usage: $0 [wine] /path/to/ostrel" >&2; exit 2; }
+tool=("$@")
+case "${tool[-1]}" in *.exe) windows=true ;; *) windows=false ;; esac
+fixtures="$(cd "$(dirname "${BASH_SOURCE[0]}")/../fixtures" && pwd)"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
 
 # expect NAME EXPECTED ACTUAL: the two texts must be equal; a diff when not.
 expect() { # NAME EXPECTED ACTUAL
@@ -9,7 +18,6 @@ expect() { # NAME EXPECTED ACTUAL
     diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") | sed 's/^/    /'
     failures=$((failures + 1))
 }
-
 
 # run ARGS...: the tool's stdout, stderr (CR removed) and exit code in out, err, rc.
 run() {
@@ -25,4 +33,11 @@ check() {
     echo "FAIL: $1 (rc=${rc:-})" >&2
     printf '  stdout: %s\n  stderr: %s\n' "${out:-}" "${err:-}" >&2
     failures=$((failures + 1))
+}
+
+# finish NAME: the summary; exits non-zero when a check failed.
+finish() {
+    [ "$failures" = 0 ] || { echo "$1: $failures check(s) failed" >&2; exit 1; }
+    echo "$1: all checks passed"
+    exit 0
 }

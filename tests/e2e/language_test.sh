@@ -4,15 +4,9 @@
 # copied without its data files, damaged files, opening help.
 # shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
-built="$1"
-tool=("$built")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-fixtures="$(cd "$(dirname "$0")/../fixtures" && pwd)"
 # shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
+. "$(dirname "$0")/harness.bash" "$@"
+built="$1"
 unset OSTREL_LANGUAGE LC_ALL LC_MESSAGES LANG
 
 # The choice: OSTREL_LANGUAGE, then LC_ALL, LC_MESSAGES, LANG; English behind.
@@ -87,5 +81,4 @@ run language text 108
 check "a folder for a text file: named, and the English texts stand in" \
     '[ "$err" = "The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]'
 
-if [ "$failures" != 0 ]; then echo "language: $failures failed" >&2; exit 1; fi
-echo "language: all passed"
+finish language_test

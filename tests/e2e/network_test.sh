@@ -3,15 +3,12 @@
 # on the live machine (Linux synthesises the keys when no file is named).
 # Usage: network_test.sh PATH_TO_OSTREL
 set -uo pipefail
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash" "$@"
 ostrel="$1"
-fixtures="$(cd "$(dirname "$0")/../fixtures" && pwd)"
 unset OSTREL_REGISTRY
-failures=0
 card1='{7A1C5D22-0B3E-4F51-9C10-2D6E8B1F0A01}'
 card2='{E03F9A6B-4C2D-4B8E-A7F1-5C3D2E1B9F04}'
-
-# shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
 run() { "$ostrel" --registry "$fixtures/network.reg" "$@"; }
 
 # "12" sorts before "3" and "4"; the card without a service is passed over.
@@ -43,4 +40,4 @@ expect "live adapters" "$(ls /sys/class/net | sort | paste -sd ' ')" "$live"
 expect "live loopback" '"127.0.0.1"' "$("$ostrel" network interface lo --json | python3 -c 'import json,sys; print(json.dumps(json.load(sys.stdin)["IPAddress"]))')"
 expect "usage: interface needs a name" "2" "$("$ostrel" network interface >/dev/null 2>&1; echo $?)"
 
-[ "$failures" = 0 ] || { echo "$failures failure(s)"; exit 1; }
+finish network_test

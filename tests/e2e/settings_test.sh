@@ -5,13 +5,9 @@
 # concurrent writers makes (default 500).
 # shellcheck disable=SC2016 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 [wine] /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
+# shellcheck source=harness.bash
+. "$(dirname "$0")/harness.bash" "$@"
 saves=${SAVES:-500}
-work=$(mktemp -d)
-failures=0
-
-case "${tool[-1]}" in *.exe) windows=true ;; *) windows=false ;; esac
 if $windows; then
   # The prefix's own data folder and the current user's program-settings tree.
   data="$(winepath -u 'C:\ProgramData' 2>/dev/null)/QUORL"
@@ -34,9 +30,6 @@ trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$work" "$data"; cle
 rm -rf "$data"
 clean_older
 mkdir -p "$data"
-
-# shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
 has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
@@ -75,21 +68,6 @@ run settings get Settings Moved
 check "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"'
 run --trace settings set Second Key value
 check "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]'
-run --trace settings get "Bad Section" Key --default d
-check "a name that is no element name: the failure line and the default" '[ "$rc" = 0 ] && [ "$out" = d ] && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Bad Section[Key] setting.  ERROR: "'
-
-# The verbosity of the log comes from the file.
-touch "$data/debug_ot"
-run settings set Settings OutputDebugString 1001
-run mutex Traced
-log=$(tr -d '\r' <"$data/ot.log")
-check "level 1001 traces the lock" 'has "$log" "*** START version: " && has "$log" "Obtained mutex(Traced," && has "$log" "Closed mutex handle("'
-rm -f "$data/ot.log"
-run settings set Settings OutputDebugString 0
-run mutex Quiet
-log=$(tr -d '\r' <"$data/ot.log")
-check "level 0 keeps the log on without the trace" 'has "$log" "*** START version: " && ! has "$log" "Obtained mutex(Quiet"'
-rm -f "$data/debug_ot" "$data/ot.log"
 
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
@@ -132,5 +110,4 @@ wait
 count=$(grep -o '<W[0-9]*_[0-9]*>' "$settings" | sort -u | wc -l)
 check "4 writers x $saves saves: all $((4 * saves)) keys are in the file ($count)" '[ "$count" = $((4 * saves)) ]'
 
-echo "settings_test ${tool[*]}: $failures failed"
-[ "$failures" = 0 ]
+finish "settings_test ${tool[*]}"

@@ -2,22 +2,14 @@
 # The time and path commands end to end: bash time_path_test.sh /path/to/ostrel
 # shellcheck disable=SC2016,SC2034 # check evaluates its condition, quoted as given
 set -u
-[ $# -ge 1 ] || { echo "usage: $0 /path/to/ostrel" >&2; exit 2; }
-tool=("$@")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
 # shellcheck source=harness.bash
-. "$(dirname "$0")/harness.bash"
+. "$(dirname "$0")/harness.bash" "$@"
 
-# US Eastern time: the rule of the date back from GMT, the offset now towards it.
+# US Eastern time: the rule of the date back from GMT, the offset now towards it
+# (winter and the year's end in this zone: the SystemTimeZone suite).
 export TZ=EST5EDT,M3.2.0,M11.1.0
-run time from-gmt "2024-01-15 12:00:00"
-check "from-gmt in winter" '[ "$rc" = 0 ] && [ "$out" = "2024-01-15 07:00:00" ]'
 run time from-gmt "2024-07-15 12:00:00.6"
 check "from-gmt in summer, a fraction of a second rounds away" '[ "$out" = "2024-07-15 08:00:01" ]'
-run time to-gmt "2023-12-31 23:30:00"
-check "to-gmt: 23:30 on 31 December is next year" '[[ "$out" == "2024-01-01 0"[34]":30:00" ]]'
 run time to-gmt "2024-03-10 02:30:00"
 check "to-gmt: the skipped spring hour converts" '[ "$rc" = 0 ] && [[ "$out" == "2024-03-10 0"[67]":30:00" ]]'
 run time to-gmt "9999-12-31 23:59:59"
@@ -47,5 +39,4 @@ check "path browse: not a folder, then an empty answer cancels" '[ "$rc" = 0 ] &
 run path browse </dev/null
 check "path browse: the end of input cancels" '[ "$rc" = 0 ] && [ -z "$out" ]'
 
-[ "$failures" = 0 ] && echo "time_path_test: all checks passed"
-exit "$failures"
+finish time_path_test

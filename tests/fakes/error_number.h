@@ -1,4 +1,5 @@
-// The automation error number an operation raises, or 0 when it raises none.
+// The automation error an operation raises (number 0 when it raises none),
+// or only its number.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +9,18 @@
 namespace ostrel::fakes {
 
 template <class Operation>
-int32_t errorNumberOf(Operation operation) {
+AutomationError errorOf(Operation operation) {
     try {
         operation();
     } catch (const AutomationError& error) {
-        return error.number;
+        return error;
     }
-    return 0;
+    return AutomationError(0, "");
+}
+
+template <class Operation>
+int32_t errorNumberOf(Operation operation) {
+    return errorOf(operation).number;
 }
 
 }  // namespace ostrel::fakes

@@ -22,12 +22,7 @@ std::string text(double date) {
 }
 
 AutomationError raisedBy(double (*routine)(double), double date) {
-    try {
-        routine(date);
-    } catch (const AutomationError& error) {
-        return error;
-    }
-    return AutomationError(0, "");
+    return fakes::errorOf([&] { routine(date); });
 }
 
 class TimeConversion : public ::testing::Test {

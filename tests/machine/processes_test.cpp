@@ -7,7 +7,6 @@
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "machine/processes.h"
-#include "platform/adapters.h"
 
 namespace ostrel {
 namespace {
@@ -130,19 +129,6 @@ TEST_F(Processes, TheWaitSurvivesAWrapOfTheTickCounter) {
     fx.processes.ticks = 0x7FFFFFFFu - 9;
     EXPECT_FALSE(mfblnWaitForReady(100, never));
     EXPECT_EQ(fx.processes.sleeps, 110u);
-}
-
-// The real table of this machine holds this very test program.
-TEST(SystemProcesses, FindThisProgram) {
-    fakes::TestApartment fx;
-    fx.ports.processes = &platform::systemProcesses();
-    fx.install();
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
-    Variant id;
-    EXPECT_TRUE(mblnIsProcessRunning(
-        fakes::utf8Of(fakes::pathOf(::testing::internal::GetArgvs().front()).filename()), id));
-    ASSERT_NE(id.getIf<int32_t>(), nullptr);
-    EXPECT_GT(*id.getIf<int32_t>(), 0);
 }
 
 }  // namespace

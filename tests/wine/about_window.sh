@@ -9,21 +9,10 @@
 # prefix of its own when unset. Non-zero on any failure.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
-win64="${OSTREL_WIN64_BIN:-$root/build/win64/bin}"
-win32="${OSTREL_WIN32_BIN:-$root/build/win32/bin}"
-shots="$root/build/wine-about"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
-
-failures=0
-ok() { echo "ok   $*"; }
-fail() {
-  echo "FAIL $*"
-  failures=$((failures + 1))
-}
+wine_test_setup
+shots="$root/build/wine-about"
 
 if ! command -v xvfb-run >/dev/null; then
   fail "xvfb-run is missing (scripts/install-deps installs it)"

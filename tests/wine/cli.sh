@@ -3,11 +3,9 @@
 # through the loader of its bitness (run by scripts/test with its throwaway
 # WINEPREFIX).
 set -euo pipefail
-here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
-. "$here/loaders.bash"
-[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
+. "$(dirname "$0")/loaders.bash"
+wine_test_setup
 status=0
 for bits in 64 32; do
   echo "--- win$bits"

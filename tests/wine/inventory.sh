@@ -4,17 +4,13 @@
 # tool, and wncServices.WmiInfo from the 64- and 32-bit script hosts.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
-[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
+wine_test_setup
 work="$(mktemp -d)"
 # The server is gone before the next script starts: one still going down
 # makes that script's first registry writes fail.
 trap 'rm -rf "$work"; wineserver -k >/dev/null 2>&1 || true; wineserver -w >/dev/null 2>&1 || true' EXIT
-status=0
-ok() { echo "ok   $1"; }
-fail() { echo "FAIL $1" >&2; status=1; }
 
 for bits in 64 32; do
   tool=("$(wine_of "$bits")" "$root/build/win$bits/bin/ostrel.exe")
@@ -25,8 +21,6 @@ for bits in 64 32; do
     ok "win$bits inventory: the stamp" || fail "win$bits inventory: no stamp: $(head -c 200 "$work/text")"
   [ "$(grep -c $'[^\r]$' "$work/text")" = 0 ] && ok "win$bits inventory: CR LF line ends" ||
     fail "win$bits inventory: a line without CR"
-  grep -q '//CPU_0 ' "$work/text" && grep -q ', 64-bit\|, 32-bit' "$work/text" &&
-    ok "win$bits inventory: processor and system lines" || fail "win$bits inventory: $(cat -A "$work/text")"
   "${tool[@]}" inventory --json >"$work/pc.json" 2>/dev/null || fail "win$bits inventory --json: exit $?"
   "${tool[@]}" --wmi "$(winepath -w "$work/pc.json")" inventory >"$work/replay" 2>/dev/null
   cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/replay") &&
@@ -40,13 +34,11 @@ for bits in 64 32; do
   # wncServices.WmiInfo from the script host of the same bitness; the DLL is
   # registered for the script and removed after it.
   wine_builtin "$bits" regsvr32 /s "$(winepath -w "$dll")" || fail "win$bits regsvr32"
-  joined="$work/wmi$bits.vbs"
-  cat "$here/vbs/check.vbs" "$here/vbs/services_wmi.vbs" >"$joined"
-  if wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")"; then
+  if run_vbs "$bits" "$here/vbs/services_wmi.vbs"; then
     ok "win$bits services_wmi.vbs"
   else
     fail "win$bits services_wmi.vbs (see above)"
   fi
   wine_builtin "$bits" regsvr32 /s /u "$(winepath -w "$dll")" || fail "win$bits regsvr32 /u"
 done
-exit $status
+[ "$failures" = 0 ]

@@ -5,12 +5,10 @@
 # without its data files (run by scripts/test with its throwaway WINEPREFIX).
 set -uo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
-[ -n "${WINEPREFIX:-}" ] || new_wine_prefix
+wine_test_setup
 unset OSTREL_LANGUAGE LC_ALL LC_MESSAGES LANG LANGUAGE
-failures=0
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

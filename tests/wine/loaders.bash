@@ -42,3 +42,36 @@ new_wine_prefix() {
     return 1
   fi
 }
+
+# wine_test_setup: the start of a host test script. Sets root (the
+# repository), win64 and win32 (the build folders, or OSTREL_WIN64_BIN and
+# OSTREL_WIN32_BIN) and failures=0, quietens Wine, and makes a throwaway
+# prefix unless WINEPREFIX names one.
+wine_test_setup() {
+  root="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
+  win64="${OSTREL_WIN64_BIN:-$root/build/win64/bin}"
+  win32="${OSTREL_WIN32_BIN:-$root/build/win32/bin}"
+  failures=0
+  export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+  [ -n "${WINEPREFIX:-}" ] || new_wine_prefix
+}
+
+# ok and fail WHAT: one line of a host test; fail counts it in failures.
+ok() { echo "ok   $*"; }
+fail() {
+  echo "FAIL $*"
+  failures=$((failures + 1))
+}
+
+# run_vbs <32|64> <file> [args]: the VBScript, after vbs/check.vbs (Option
+# Explicit and the Check helper), in the script host of that bitness; its
+# exit code is the number of failed checks.
+run_vbs() {
+  local bits="$1" script="$2" joined status=0
+  shift 2
+  joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
+  cat "$(dirname "${BASH_SOURCE[0]}")/vbs/check.vbs" "$script" >"$joined"
+  wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")" "$@" || status=$?
+  rm -f "$joined"
+  return $status
+}

@@ -7,21 +7,11 @@
 # throwaway prefix of its own when unset. Non-zero on any failure.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
-root="$(cd "$here/../.." && pwd)"
 # shellcheck source=loaders.bash
 . "$here/loaders.bash"
 own_prefix=""
-if [ -z "${WINEPREFIX:-}" ]; then
-  new_wine_prefix
-  own_prefix=1
-fi
-
-failures=0
-ok() { echo "ok   $*"; }
-fail() {
-  echo "FAIL $*"
-  failures=$((failures + 1))
-}
+[ -n "${WINEPREFIX:-}" ] || own_prefix=1
+wine_test_setup
 reg32() { wine_builtin 64 reg "$@" /reg:32 >/dev/null 2>&1; }
 # A key the tests need: said aloud when it can't be written.
 reg32_add() { reg32 add "$@" || { echo "FAIL reg add $*" >&2; exit 1; }; }
@@ -74,24 +64,15 @@ for bits in 64 32; do
   out="$("${tool[@]}" network adapters 2>/dev/null | tr -d '\r' | paste -sd '|')"
   [ "$out" = '{OSTREL-ADAPTER-1}|{OSTREL-ADAPTER-2}' ] && ok "ostrel.exe network adapters" ||
     fail "ostrel.exe network adapters: '$out'"
-  out="$("${tool[@]}" network cards --json 2>/dev/null | tr -d '\r')"
-  grep -q '"{OSTREL-SERVICE-A}"' <<<"$out" && grep -q '"{OSTREL-SERVICE-B}"' <<<"$out" &&
-    ok "ostrel.exe network cards --json holds our service names" || fail "ostrel.exe network cards: $out"
-  out="$("${tool[@]}" network interface '{ostrel-adapter-1}' --json 2>/dev/null | tr -d '\r')"
-  if python3 -c '
-import json, sys
-d = json.loads(sys.argv[1])
-assert list(d)[:4] == ["HostName", "DefaultGateway", "Domain", "IPAddress"] and len(d) == 13
-assert d["IPAddress"] == "10.1.0.5 10.1.0.6" and d["Domain"] == "lab.example" and d["EnableDHCP"] == 1
-' "$out" 2>/dev/null; then ok "ostrel.exe network interface --json (any case of the name)"; else
-    fail "ostrel.exe network interface --json: $out"
-  fi
+  # The cards, the values and their order: network.vbs from the same keys,
+  # and the tool's rendering: tests/e2e/network_test.sh.
+  out="$("${tool[@]}" network interface '{ostrel-adapter-1}' 2>/dev/null | tr -d '\r' | grep '^IPAddress')"
+  [ "$out" = 'IPAddress      : 10.1.0.5 10.1.0.6' ] && ok "ostrel.exe network interface (any case of the name)" ||
+    fail "ostrel.exe network interface: '$out'"
 
   dll="$(winepath -w "$bin/Ostrel.dll")"
   if wine_builtin "$bits" regsvr32 /s "$dll"; then
-    joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
-    cat "$here/vbs/check.vbs" "$here/vbs/network.vbs" >"$joined"
-    if wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")"; then
+    if run_vbs "$bits" "$here/vbs/network.vbs"; then
       ok "network.vbs ($bits-bit cscript)"
     else
       fail "network.vbs ($bits-bit cscript, see above)"

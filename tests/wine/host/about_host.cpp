@@ -293,13 +293,9 @@ int main(int argc, char** argv) {
     Ptr<IDispatch> services;
     CLSID clsid{};
     CLSIDFromProgID(L"Ostrel.wncServices", &clsid);
-    check(SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                                     services.putVoid())),
-          "Ostrel.wncServices is created");
+    check(SUCCEEDED(host::create(clsid, IID_IDispatch, services)), "Ostrel.wncServices is created");
     if (!services.p) return host::failures;
-    LPOLESTR name[] = {const_cast<LPOLESTR>(L"ShowAbout")};
-    DISPID id = DISPID_UNKNOWN;
-    services->GetIDsOfNames(IID_NULL, name, 1, LOCALE_USER_DEFAULT, &id);
+    const DISPID id = host::idOf(services.p, L"ShowAbout");
     check(id == 40, "ShowAbout has the dispatch id 40");
 
     HWND owner = CreateWindowExW(0, L"STATIC", L"about host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
@@ -339,13 +335,9 @@ int main(int argc, char** argv) {
                 ExitProcess(static_cast<UINT>(host::failures));
             }
         });
-        VARIANT ownerArg;
-        VariantInit(&ownerArg);
-        V_VT(&ownerArg) = VT_I4;
-        V_I4(&ownerArg) = static_cast<LONG>(reinterpret_cast<INT_PTR>(owner));
-        DISPPARAMS params{&ownerArg, nullptr, 1, 0};
-        const HRESULT hr = services->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                            &params, nullptr, nullptr, nullptr);
+        host::Var ownerArg(static_cast<LONG>(reinterpret_cast<INT_PTR>(owner)));
+        DISPPARAMS params{&ownerArg.v, nullptr, 1, 0};
+        const HRESULT hr = host::invoke(services.p, id, DISPATCH_METHOD, params, nullptr);
         watcher.join();
         check(
             hr == S_OK && IsWindowEnabled(owner),

@@ -19,7 +19,9 @@
 
 using host::check;
 using host::controlError;
+using host::create;
 using host::Ptr;
+using host::Var;
 
 namespace {
 
@@ -51,9 +53,7 @@ void createInApartment(bool* created) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     {
         Ptr<_wncSoftwareProducts> products;
-        *created =
-            SUCCEEDED(CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER,
-                                       IID__wncSoftwareProducts, products.putVoid()));
+        *created = SUCCEEDED(create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products));
     }
     CoUninitialize();
 }
@@ -89,8 +89,7 @@ std::wstring className(IUnknown* object) {
 
 void identityAcrossIdentifiers() {
     Ptr<_wncSoftwareProduct> product;
-    check(SUCCEEDED(CoCreateInstance(CLSID_wncSoftwareProduct, nullptr, CLSCTX_INPROC_SERVER,
-                                     IID__wncSoftwareProduct, product.putVoid())),
+    check(SUCCEEDED(create(CLSID_wncSoftwareProduct, IID__wncSoftwareProduct, product)),
           "wncSoftwareProduct created");
     bool same = product.p != nullptr;
     for (const IID& older : kOlderProductIids) {
@@ -102,8 +101,7 @@ void identityAcrossIdentifiers() {
 
     Ptr<_wncPCInfo> pcInfo;
     Ptr<IUnknown> viaOlder;
-    check(SUCCEEDED(CoCreateInstance(CLSID_wncPCInfo, nullptr, CLSCTX_INPROC_SERVER, IID__wncPCInfo,
-                                     pcInfo.putVoid())) &&
+    check(SUCCEEDED(create(CLSID_wncPCInfo, IID__wncPCInfo, pcInfo)) &&
               SUCCEEDED(pcInfo->QueryInterface(kOlderPCInfoIid, viaOlder.putVoid())) &&
               static_cast<void*>(viaOlder.p) == static_cast<void*>(pcInfo.p),
           "the older _wncPCInfo identifier gives the same pointer");
@@ -122,8 +120,7 @@ void identityAcrossIdentifiers() {
 
 void errorsThroughTheVtable() {
     Ptr<_wncSoftwareProducts> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER,
-                     IID__wncSoftwareProducts, products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products);
     if (!products.p) return check(false, "wncSoftwareProducts created");
 
     Ptr<ISupportErrorInfo> support;
@@ -132,12 +129,9 @@ void errorsThroughTheVtable() {
               support->InterfaceSupportsErrorInfo(IID_IPersist) == S_FALSE,
           "ISupportErrorInfo answers for the class's own interface only");
 
-    VARIANT position;
-    VariantInit(&position);
-    V_VT(&position) = VT_I4;
-    V_I4(&position) = 1;
+    Var position(1);
     Ptr<_wncSoftwareProduct> item;
-    const HRESULT hr = products->get_Item(&position, item.put());
+    const HRESULT hr = products->get_Item(&position.v, item.put());
     Ptr<IErrorInfo> info;
     BSTR description = nullptr;
     const bool described = GetErrorInfo(0, info.put()) == S_OK &&
@@ -156,11 +150,8 @@ void errorsThroughTheVtable() {
           "Add with a key differing only in case: 0x800A01C9");
     check(products->Add(&name, nullptr, again.put()) == S_OK, "Add without a key");
 
-    VARIANT byKeyArg;
-    VariantInit(&byKeyArg);
-    V_VT(&byKeyArg) = VT_BSTR;
-    V_BSTR(&byKeyArg) = keyUpper;
-    check(products->get_Item(&byKeyArg, byKey.put()) == S_OK && byKey.p == added.p,
+    Var byKeyArg(L"K");
+    check(products->get_Item(&byKeyArg.v, byKey.put()) == S_OK && byKey.p == added.p,
           "the record handed out twice is one object");
 
     VARIANT wrongType;
@@ -210,44 +201,28 @@ void errorsThroughTheVtable() {
 // Late binding by name, and an error through Invoke.
 void errorsThroughInvoke() {
     Ptr<IDispatch> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                     products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID_IDispatch, products);
     if (!products.p) return check(false, "wncSoftwareProducts created for IDispatch");
-    LPOLESTR names[] = {const_cast<LPOLESTR>(L"item")};
-    DISPID id = 1234;
-    check(products->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id) == S_OK &&
-              id == DISPID_VALUE,
+    check(host::idOf(products.p, L"item") == DISPID_VALUE,
           "GetIDsOfNames ignores case; Item is the default member");
 
-    VARIANT key;
-    VariantInit(&key);
-    V_VT(&key) = VT_BSTR;
-    V_BSTR(&key) = SysAllocString(L"missing");
-    VARIANT byRef;
-    VariantInit(&byRef);
-    V_VT(&byRef) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&byRef) = &key;
-    DISPPARAMS params = {&byRef, nullptr, 1, 0};
-    VARIANT result;
-    VariantInit(&result);
+    Var key(L"missing"), byRef, result;
+    byRef.refTo(key.v);
+    DISPPARAMS params = {&byRef.v, nullptr, 1, 0};
     EXCEPINFO excep = {};
     const HRESULT hr =
-        products->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT,
-                         DISPATCH_METHOD | DISPATCH_PROPERTYGET, &params, &result, &excep, nullptr);
+        host::invoke(products.p, DISPID_VALUE, DISPATCH_METHOD | DISPATCH_PROPERTYGET, params,
+                     &result.v, nullptr, &excep);
     check(hr == DISP_E_EXCEPTION && excep.scode == controlError(5) && excep.bstrDescription &&
               std::wstring(excep.bstrDescription) == L"Invalid procedure call or argument",
           "Item(\"missing\") through Invoke: DISP_E_EXCEPTION with scode 0x800A0005");
-    SysFreeString(excep.bstrSource);
-    SysFreeString(excep.bstrDescription);
-    SysFreeString(excep.bstrHelpFile);
-    VariantClear(&key);
+    host::clear(excep);
 }
 
 void unloadOnlyWhenUnused() {
     using CanUnload = HRESULT(STDAPICALLTYPE*)();
     Ptr<_wncPCInfo> pcInfo;
-    CoCreateInstance(CLSID_wncPCInfo, nullptr, CLSCTX_INPROC_SERVER, IID__wncPCInfo,
-                     pcInfo.putVoid());
+    create(CLSID_wncPCInfo, IID__wncPCInfo, pcInfo);
     HMODULE module = GetModuleHandleW(L"Ostrel.dll");
     auto canUnload = module ? reinterpret_cast<CanUnload>(reinterpret_cast<void*>(
                                   GetProcAddress(module, "DllCanUnloadNow")))
@@ -255,8 +230,7 @@ void unloadOnlyWhenUnused() {
     if (!canUnload || !pcInfo.p) return check(false, "DllCanUnloadNow found");
 
     Ptr<_wncSoftwareProducts> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER,
-                     IID__wncSoftwareProducts, products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products);
     BSTR name = SysAllocString(L"x");
     Ptr<_wncSoftwareProduct> record;
     products->Add(&name, nullptr, record.put());
@@ -302,6 +276,5 @@ int main(int argc, char** argv) {
     errorsThroughInvoke();
     unloadOnlyWhenUnused();
     CoUninitialize();
-    std::printf("%d failed\n", host::failures);
-    return host::failures;
+    return host::finish();
 }

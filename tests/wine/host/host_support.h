@@ -1,5 +1,6 @@
 // What the hosts of Ostrel.dll under test share: a check that counts
-// failures, an owning interface pointer, and the HRESULT of a run-time error.
+// failures, an owning interface pointer, a VARIANT that clears itself, the
+// HRESULT of a run-time error, and the calls every host makes.
 #pragma once
 
 #include <windows.h>
@@ -42,9 +43,65 @@ struct Ptr {
 struct Var {
     VARIANT v;
     Var() { VariantInit(&v); }
+    explicit Var(LONG number) : Var() {
+        V_VT(&v) = VT_I4;
+        V_I4(&v) = number;
+    }
+    explicit Var(const wchar_t* text) : Var() { setText(text); }
     Var(const Var&) = delete;
     Var& operator=(const Var&) = delete;
     ~Var() { VariantClear(&v); }
+    void setText(const wchar_t* text) {
+        VariantClear(&v);
+        V_VT(&v) = VT_BSTR;
+        V_BSTR(&v) = SysAllocString(text);
+    }
+    // A host variable: a reference to a Variant the caller keeps.
+    void refTo(VARIANT& target) {
+        VariantClear(&v);
+        V_VT(&v) = VT_BYREF | VT_VARIANT;
+        V_VARIANTREF(&v) = &target;
+    }
 };
+
+// A new object of the class in this apartment, through `iid` (null on failure).
+template <class T>
+HRESULT create(REFCLSID clsid, REFIID iid, Ptr<T>& object) {
+    return CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid());
+}
+
+inline DISPID idOf(IDispatch* object, const wchar_t* name) {
+    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+    DISPID id = DISPID_UNKNOWN;
+    object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
+    return id;
+}
+
+inline void clear(EXCEPINFO& excep) {
+    SysFreeString(excep.bstrSource);
+    SysFreeString(excep.bstrDescription);
+    SysFreeString(excep.bstrHelpFile);
+    excep = {};
+}
+
+// IDispatch::Invoke; the exception's texts are freed unless `kept` takes them.
+inline HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS& params, VARIANT* result,
+                      UINT* argErr = nullptr, EXCEPINFO* kept = nullptr) {
+    EXCEPINFO excep = {};
+    const HRESULT hr =
+        object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result, &excep, argErr);
+    if (kept) {
+        *kept = excep;
+    } else {
+        clear(excep);
+    }
+    return hr;
+}
+
+// The last line of a host; its exit code.
+inline int finish() {
+    std::printf("%d failed\n", failures);
+    return failures;
+}
 
 }  // namespace host

@@ -31,6 +31,7 @@
 #include "host_support.h"
 
 using host::check;
+using host::create;
 using host::Ptr;
 
 namespace {
@@ -282,20 +283,14 @@ void emptyCollection(IDispatch* object) {
     if (FAILED(object->QueryInterface(IID__wncSoftwareProducts, products.putVoid()))) return;
     LONG count = 0;
     while (SUCCEEDED(products->get_Count(&count)) && count > 0) {
-        VARIANT last;
-        VariantInit(&last);
-        V_VT(&last) = VT_I4;
-        V_I4(&last) = count;
-        if (FAILED(products->Remove(&last))) break;
+        host::Var last(count);
+        if (FAILED(products->Remove(&last.v))) break;
     }
 }
 
 void invokeRandomly(REFCLSID clsid, const char* name) {
     Ptr<IDispatch> object;
-    if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                                object.putVoid()))) {
-        return check(false, name);
-    }
+    if (FAILED(create(clsid, IID_IDispatch, object))) return check(false, name);
     const std::vector<Member> ids = members(object.p);
     const WORD kFlags[] = {DISPATCH_METHOD,
                            DISPATCH_PROPERTYGET,
@@ -310,7 +305,7 @@ void invokeRandomly(REFCLSID clsid, const char* name) {
         if (call % 100 == 0) {  // a fresh object now and then, as a host has
             emptyCollection(object.p);
             object.reset();
-            CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.putVoid());
+            create(clsid, IID_IDispatch, object);
             if (!object.p) return check(false, name);
         }
         if (call == kCalls / 2) atHalf = residentMb();
@@ -333,19 +328,16 @@ void invokeRandomly(REFCLSID clsid, const char* name) {
         if (!shaped && count > 1 && below(4) == 0) namedCount = 2;
         DISPPARAMS params = {count ? args : nullptr, namedCount ? named : nullptr,
                              std::min(count, 8u), namedCount};
-        VARIANT result;
-        VariantInit(&result);
+        host::Var result;
         EXCEPINFO excep = {};
         UINT argErr = 0;
-        const HRESULT hr = object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
-                                          below(4) ? &result : nullptr, below(4) ? &excep : nullptr,
-                                          below(2) ? &argErr : nullptr);
+        const HRESULT hr =
+            object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
+                           below(4) ? &result.v : nullptr, below(4) ? &excep : nullptr,
+                           below(2) ? &argErr : nullptr);
         if (hr == E_UNEXPECTED || hr == E_OUTOFMEMORY) ++unexpected;
         if (hr == S_OK) ++succeeded;
-        VariantClear(&result);
-        SysFreeString(excep.bstrSource);
-        SysFreeString(excep.bstrDescription);
-        SysFreeString(excep.bstrHelpFile);
+        host::clear(excep);
     }
     emptyCollection(object.p);
     const double atEnd = residentMb();
@@ -361,8 +353,7 @@ void invokeRandomly(REFCLSID clsid, const char* name) {
 
 void walkRandomly() {
     Ptr<_wncSoftwareProducts> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER,
-                     IID__wncSoftwareProducts, products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products);
     if (!products.p) return check(false, "wncSoftwareProducts for the enumerator");
     for (int i = 0; i < 3; ++i) {
         BSTR name = SysAllocString(L"x");
@@ -416,8 +407,7 @@ void walkRandomly() {
     for (int call = 0; call < kCalls; ++call) {
         Ptr<IProvideClassInfo> provider;
         Ptr<ITypeInfo> info;
-        CoCreateInstance(*classes[below(4)], nullptr, CLSCTX_INPROC_SERVER, IID_IProvideClassInfo,
-                         provider.putVoid());
+        create(*classes[below(4)], IID_IProvideClassInfo, provider);
         named = named && provider.p && provider->GetClassInfo(info.put()) == S_OK && info.p &&
                 provider->GetClassInfo(nullptr) == E_POINTER;
     }
@@ -439,6 +429,5 @@ int main(int argc, char** argv) {
     invokeRandomly(CLSID_wncServices, "wncServices");
     walkRandomly();
     CoUninitialize();
-    std::printf("%d failed\n", host::failures);
-    return host::failures;
+    return host::finish();
 }

@@ -18,40 +18,13 @@
 
 using host::check;
 using host::controlError;
+using host::create;
+using host::idOf;
+using host::invoke;
 using host::Ptr;
 using host::Var;
 
 namespace {
-
-DISPID idOf(IDispatch* object, const wchar_t* name) {
-    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
-    DISPID id = DISPID_UNKNOWN;
-    object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
-    return id;
-}
-
-HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS& params, VARIANT* result,
-               UINT* argErr = nullptr) {
-    EXCEPINFO excep = {};
-    const HRESULT hr =
-        object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result, &excep, argErr);
-    SysFreeString(excep.bstrSource);
-    SysFreeString(excep.bstrDescription);
-    SysFreeString(excep.bstrHelpFile);
-    return hr;
-}
-
-void setText(VARIANT& v, const wchar_t* text) {
-    VariantClear(&v);
-    V_VT(&v) = VT_BSTR;
-    V_BSTR(&v) = SysAllocString(text);
-}
-
-void refTo(VARIANT& ref, VARIANT& target) {
-    VariantInit(&ref);
-    V_VT(&ref) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&ref) = &target;
-}
 
 // An object that counts how often its default member is asked for.
 class Counting final : public IDispatch {
@@ -89,22 +62,20 @@ class Counting final : public IDispatch {
 
 void putsAndByReference() {
     Ptr<IDispatch> product;
-    CoCreateInstance(CLSID_wncSoftwareProduct, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                     product.putVoid());
+    create(CLSID_wncSoftwareProduct, IID_IDispatch, product);
     if (!product.p) return check(false, "wncSoftwareProduct created for IDispatch");
     const DISPID label = idOf(product.p, L"Label");
     DISPID putId = DISPID_PROPERTYPUT;
 
-    Var value, ref, read;
-    setText(value.v, L"by value");
+    Var value(L"by value"), ref, read;
     DISPPARAMS put = {&value.v, &putId, 1, 1};
     DISPPARAMS none = {nullptr, nullptr, 0, 0};
     check(invoke(product.p, label, DISPATCH_PROPERTYPUT, put, nullptr) == S_OK &&
               invoke(product.p, label, DISPATCH_PROPERTYGET, none, &read.v) == S_OK &&
               V_VT(&read.v) == VT_BSTR && std::wstring(V_BSTR(&read.v)) == L"by value",
           "a put through Invoke, read back");
-    setText(value.v, L"by reference");
-    refTo(ref.v, value.v);
+    value.setText(L"by reference");
+    ref.refTo(value.v);
     DISPPARAMS putRef = {&ref.v, &putId, 1, 1};
     VariantClear(&read.v);
     check(invoke(product.p, label, DISPATCH_PROPERTYPUT, putRef, nullptr) == S_OK &&
@@ -126,8 +97,7 @@ void putsAndByReference() {
 
 void namedOmittedAndBadArguments() {
     Ptr<IDispatch> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                     products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID_IDispatch, products);
     if (!products.p) return check(false, "wncSoftwareProducts created for IDispatch");
     LPOLESTR names[] = {const_cast<LPOLESTR>(L"Add"), const_cast<LPOLESTR>(L"sKey"),
                         const_cast<LPOLESTR>(L"ProductName")};
@@ -138,10 +108,8 @@ void namedOmittedAndBadArguments() {
     const DISPID count = idOf(products.p, L"Count");
 
     // Named, in the other order, one a host variable by reference.
-    Var name, key, ref, result;
-    setText(name.v, L"x");
-    setText(key.v, L"k");
-    refTo(ref.v, name.v);
+    Var name(L"x"), key(L"k"), ref, result;
+    ref.refTo(name.v);
     VARIANT named[2] = {key.v, ref.v};  // rgvarg[k] goes with rgdispidNamedArgs[k]
     DISPID namedIds[2] = {ids[1], ids[2]};
     DISPPARAMS byName = {named, namedIds, 2, 2};
@@ -193,8 +161,7 @@ void namedOmittedAndBadArguments() {
 
 void vtableEdges() {
     Ptr<_wncSoftwareProducts> products;
-    CoCreateInstance(CLSID_wncSoftwareProducts, nullptr, CLSCTX_INPROC_SERVER,
-                     IID__wncSoftwareProducts, products.putVoid());
+    create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products);
     if (!products.p) return check(false, "wncSoftwareProducts created");
 
     // An object as an index: a type mismatch, without asking its default member.
@@ -267,8 +234,7 @@ class NeutralLocaleTypeLib {
 void fromAnotherApartment() {
     const NeutralLocaleTypeLib neutral;
     Ptr<_wncPCInfo> info;
-    CoCreateInstance(CLSID_wncPCInfo, nullptr, CLSCTX_INPROC_SERVER, IID__wncPCInfo,
-                     info.putVoid());
+    create(CLSID_wncPCInfo, IID__wncPCInfo, info);
     if (!info.p) return check(false, "wncPCInfo created");
     BSTR here = nullptr;
     info->get_ComputerName(&here);
@@ -318,6 +284,5 @@ int main() {
     vtableEdges();
     fromAnotherApartment();
     CoUninitialize();
-    std::printf("%d failed\n", host::failures);
-    return host::failures;
+    return host::finish();
 }

@@ -2,7 +2,6 @@
 ' prepares the prefix (an older value "Moved" under HKCU, no settings file)
 ' and checks the file and the registry afterwards. Arguments:
 '   (none)            the members, as a script sees them
-'   trace             takes and gives back one lock (the log shows it or not)
 '   writer ID COUNT   saves COUNT distinct keys W<ID>_<n>, for the
 '                     concurrent writers
 ' Exit code: number of failures.
@@ -13,11 +12,6 @@ Check Err.Number = 0 And IsObject(services), "CreateObject(""Ostrel.wncServices"
 If Not IsObject(services) Then WScript.Quit 1
 
 If WScript.Arguments.Count > 0 Then
-    If WScript.Arguments(0) = "trace" Then
-        handle = services.GetMutex("ostrel-vbs-trace", 1000)
-        services.ReleaseMutexHandle handle
-        WScript.Quit failures
-    End If
     For i = 1 To CLng(WScript.Arguments(2))
         services.SaveApplicationSetting "Ostrel", "Settings", "W" & WScript.Arguments(1) & "_" & i, CStr(i)
         If Err.Number <> 0 Then Check False, "save " & i
