@@ -70,7 +70,25 @@ run_vbs() {
   local bits="$1" script="$2" joined status=0
   shift 2
   joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
-  cat "$(dirname "${BASH_SOURCE[0]}")/vbs/check.vbs" "$script" >"$joined"
+  # A Guard goes before each Check statement that doesn't itself look at Err
+  # (nor is a bare Check True/False in a branch on Err), and before the end.
+  {
+    cat "$(dirname "${BASH_SOURCE[0]}")/vbs/check.vbs"
+    awk '
+      function flush() {
+        if (statement ~ /^[ \t]*Check / && statement !~ /Err/ && statement !~ /^[ \t]*Check (True|False),/)
+          print "Guard " first
+        if (statement ~ /^[ \t]*WScript\.Quit failures/) print "Guard " first
+        printf "%s", lines
+        statement = ""; lines = ""
+      }
+      {
+        if (lines == "") first = FNR
+        statement = statement $0; lines = lines $0 "\n"
+        if ($0 !~ /_[ \t\r]*$/) flush()
+      }
+      END { if (lines != "") flush() }' "$script"
+  } >"$joined"
   wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")" "$@" || status=$?
   rm -f "$joined"
   return $status

@@ -1,5 +1,6 @@
-' Put before every script by com_server.sh: Wine's cscript prints no script
-' errors, so each risky statement is followed by a Check that looks at Err.
+' Put before every script by run_vbs (loaders.bash): Wine's cscript prints no
+' script errors, so each risky statement is followed by a Check that looks at
+' Err.
 Option Explicit
 On Error Resume Next
 Dim failures : failures = 0
@@ -14,3 +15,16 @@ Sub Check(ok, what)
     Err.Clear
 End Sub
 
+
+' Put by run_vbs before each Check that doesn't look at Err itself, and before
+' the script's end: an error still pending there was raised by a statement
+' since the last Check and seen by nobody. A Check whose own argument raised
+' is such a statement: On Error Resume Next skips it whole.
+Sub Guard(line)
+    If Err.Number <> 0 Then
+        WScript.Echo "FAIL a statement before line " & line & " raised, unchecked (Err " & _
+                     Err.Number & " " & Err.Description & ")"
+        failures = failures + 1
+        Err.Clear
+    End If
+End Sub
