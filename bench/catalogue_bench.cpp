@@ -17,6 +17,7 @@
 #include "bare_walk.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
+#include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"

@@ -3,8 +3,8 @@
 // diagnostics and takes the machine facts snapshot.
 #include <benchmark/benchmark.h>
 
+#include "component/startup.h"
 #include "foundation/globals.h"
-#include "foundation/startup.h"
 #include "platform/ports.h"
 
 namespace {

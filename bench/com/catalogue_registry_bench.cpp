@@ -27,6 +27,7 @@
 #include "bare_walk.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
+#include "component/startup.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "foundation/object_factory.h"

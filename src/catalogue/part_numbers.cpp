@@ -82,7 +82,7 @@ PartNumberTable PartNumberTable::load() {
 
 bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber) {
     try {
-        std::unique_ptr<PartNumberTable>& table = apartment().partNumbers;
+        std::unique_ptr<PartNumberTable>& table = apartmentPartNumbers();
         if (!table) table = std::make_unique<PartNumberTable>(PartNumberTable::load());
         const std::string partNumber = normalisePartNumber(vstrPartNumber);
         return !partNumber.empty() && table->contains(partNumber);

@@ -4,6 +4,7 @@
 // ignored. Read once per apartment.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,10 @@ class PartNumberTable {
     std::vector<std::string> rows_;  // each once
     FoldedIndex index_;              // refers to a row by its place, from 1
 };
+
+// The table of this apartment, null until the first look-up; held by the
+// wiring layer.
+std::unique_ptr<PartNumberTable>& apartmentPartNumbers();
 
 // Normalises its argument; False for an empty one, and on any failure.
 bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber);

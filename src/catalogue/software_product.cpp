@@ -54,7 +54,7 @@ Ref<wncSoftwareProduct> newSoftwareProduct() {
 wncSoftwareProduct::wncSoftwareProduct() {
     gobjLanguageText().Initialise("Ostrel", componentFolder());
     // A record made after the shared facts were released takes a fresh snapshot.
-    if (!apartment().gobjPCInfo) gfobjGetPCInfo();
+    if (!gobjPCInfo()) gfobjGetPCInfo();
 }
 
 wncSoftwareProduct::~wncSoftwareProduct() {

@@ -24,6 +24,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "component/startup.h"
 #include "foundation/globals.h"
 #include "ostrel_version.h"
 #include "platform/common/registry_regfile.h"

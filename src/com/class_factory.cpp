@@ -4,6 +4,7 @@
 #include "com/com_error.h"
 #include "com/module.h"
 #include "com/public_classes.h"
+#include "component/startup.h"
 #include "foundation/globals.h"
 
 namespace ostrel::com {

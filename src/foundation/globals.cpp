@@ -5,11 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "catalogue/part_numbers.h"
 #include "foundation/file_system_object.h"
-#include "foundation/startup.h"
-#include "machine/pc_info.h"
-#include "ui/language_text.h"
 
 namespace ostrel {
 
@@ -66,16 +62,6 @@ OstrelGlobals& apartment() {
         globalsTable()[std::this_thread::get_id()] = std::move(made);
     }
     return *globals;
-}
-
-clsLanguageText& gobjLanguageText() {
-    Ref<clsLanguageText>& text = apartment().languageText;
-    if (!text) text = makeRef<clsLanguageText>();
-    return *text;
-}
-
-void ensureStarted() {
-    if (apartment().startState == StartState::NotStarted) Main();
 }
 
 }  // namespace ostrel

@@ -13,16 +13,19 @@
 
 namespace ostrel {
 
-class clsLanguageText;
 class FileSystemObject;
-class wncPCInfo;
-class PartNumberTable;
 class ObjectFactory;
 namespace platform {
 class XmlDocument;
 }
 
 enum class StartState { NotStarted, Started, Failed };
+
+// What the wiring layer keeps per apartment (the objects of the subsystems
+// above): held here so that it goes with the apartment, opaque to foundation.
+struct ApartmentObjects {
+    virtual ~ApartmentObjects() = default;
+};
 
 struct OstrelGlobals {
     OstrelGlobals();
@@ -35,15 +38,14 @@ struct OstrelGlobals {
     ObjectFactory* factory = nullptr;  // how public classes are made; null: plain core objects
     StartState startState = StartState::NotStarted;
 
-    Ref<clsLanguageText> languageText;  // created on first touch, see gobjLanguageText()
     Ref<FileSystemObject> gobjFileSystem;
     bool gblnDebug = false;
     int32_t glngDebugLevel = 0;
     std::string gstrLogFilename;
-    Ref<wncPCInfo> gobjPCInfo;
-    std::unique_ptr<PartNumberTable> partNumbers;            // built at the first look-up
     std::unique_ptr<platform::XmlDocument> gobjSettingsDoc;  // the settings file in memory
     std::string helpFile;  // the component's help file (App.HelpFile), empty until set
+    // Last, so released first, while the log state its objects report through still stands.
+    std::unique_ptr<ApartmentObjects> wiring;
 };
 
 // This thread's globals.
@@ -56,12 +58,5 @@ Port& requirePort(Port* port) {
     if (!port) raise(kErrCantCreate);
     return *port;
 }
-
-// The language text object of this apartment, created on first touch.
-clsLanguageText& gobjLanguageText();
-
-// Runs Main unless this apartment has started (or failed) already: what the
-// class factory and the tool's main do before the first object is made.
-void ensureStarted();
 
 }  // namespace ostrel

@@ -152,13 +152,13 @@ void wncPCInfo::msubLogProcessorInfo() const {
 }
 
 Ref<wncPCInfo> gfobjGetPCInfo() {
-    OstrelGlobals& globals = apartment();
-    if (!globals.gobjPCInfo) globals.gobjPCInfo = newPCInfo();
-    return globals.gobjPCInfo;
+    Ref<wncPCInfo>& shared = gobjPCInfo();
+    if (!shared) shared = newPCInfo();
+    return shared;
 }
 
 void gsubReleasePCInfo() {
-    apartment().gobjPCInfo.reset();
+    gobjPCInfo().reset();
 }
 
 Ref<wncPCInfo> newPCInfo() {

@@ -53,6 +53,8 @@ class wncPCInfo : public Object {
 
 // The apartment's shared instance, made on first use.
 Ref<wncPCInfo> gfobjGetPCInfo();
+// Where the apartment keeps it (held by the wiring layer); null when released.
+Ref<wncPCInfo>& gobjPCInfo();
 // Clears the shared instance; the next gfobjGetPCInfo takes a fresh snapshot.
 void gsubReleasePCInfo();
 

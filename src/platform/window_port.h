@@ -7,7 +7,7 @@
 #include <functional>
 #include <string_view>
 
-#include "ui/form.h"
+#include "platform/form.h"
 
 namespace ostrel::platform {
 

@@ -1,7 +1,7 @@
 // The language's character set and font on a window's controls.
 #pragma once
 
-#include "ui/form.h"
+#include "platform/form.h"
 
 namespace ostrel {
 

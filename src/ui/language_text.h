@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/ui_objects.h"
 #include "runtime/object.h"
-#include "ui/ui_objects.h"
 
 namespace ostrel {
 
@@ -58,5 +58,9 @@ class clsLanguageText : public Object {
     std::string suffix2_ = "en-US";
     mutable std::map<int32_t, std::shared_ptr<const Picture>> pictures_;
 };
+
+// The language text object of this apartment, created on first touch; held
+// by the wiring layer (component/apartment_objects.cpp).
+clsLanguageText& gobjLanguageText();
 
 }  // namespace ostrel

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "catalogue/software_product.h"
+#include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
 #include "foundation/object_factory.h"

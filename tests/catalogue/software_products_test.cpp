@@ -136,7 +136,7 @@ TEST_F(SoftwareProductsTest, ItemRaisesRemoveIsSilentAddRaisesForADuplicateKey) 
     gsubReleasePCInfo();
     {
         const auto keyed = products->Add("x", std::string("k"));
-        EXPECT_TRUE(apartment().gobjPCInfo);
+        EXPECT_TRUE(gobjPCInfo());
         EXPECT_EQ(errorNumberOf([&] { products->Add("y", std::string("K")); }), 457);
         products->Add("x");
         EXPECT_EQ(products->Count(), 2);
@@ -145,7 +145,7 @@ TEST_F(SoftwareProductsTest, ItemRaisesRemoveIsSilentAddRaisesForADuplicateKey) 
         EXPECT_FALSE(keyed->Parent());
         EXPECT_EQ(products->refCount(), 1u);
     }
-    EXPECT_FALSE(apartment().gobjPCInfo);
+    EXPECT_FALSE(gobjPCInfo());
 }
 
 // The look-ups follow the records' own numbers as they change, first in list order.

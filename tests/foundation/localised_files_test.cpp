@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/debug_log.h"
 #include "foundation/globals.h"
-#include "foundation/startup.h"
 #include "ui/display_error.h"
 #include "ui/language_text.h"
 #include "ui/localised_files.h"

@@ -185,7 +185,7 @@ TEST_F(PcInfoTest, SharedInstanceIsRenewedOnlyAfterRelease) {
     apt.systemInfo.computerNames[7] = "renamed.example.org";
     EXPECT_EQ(gfobjGetPCInfo(), first);
     gsubReleasePCInfo();
-    EXPECT_FALSE(apartment().gobjPCInfo);
+    EXPECT_FALSE(gobjPCInfo());
     EXPECT_EQ(gfobjGetPCInfo()->ComputerName(), "renamed.example.org");
 
     // The host's factory makes the shared instance too.

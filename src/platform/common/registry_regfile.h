@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <stdexcept>
@@ -23,6 +24,7 @@ struct RegFileError : std::runtime_error {
 };
 
 struct RegFileTree;
+class RegistryLayer;
 
 class RegFileRegistry : public RegistryPort {
   public:
@@ -35,6 +37,9 @@ class RegFileRegistry : public RegistryPort {
     void loadFile(const std::string& path);
     // The same for text in memory (built-in samples, tests); name is used in errors.
     void loadText(std::string_view text, const std::string& name);
+    // Layers keys made in memory (registry_tree.h): kept when `make` returns,
+    // undone when it throws.
+    void loadKeys(const std::function<void(RegistryLayer&)>& make);
 
     std::unique_ptr<RegistryKey> open(int32_t hive, std::string_view path, int32_t access,
                                       int32_t& errorCode) override;

@@ -38,10 +38,10 @@
 #include <netinet/in.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <sstream>
 
+#include "platform/common/registry_tree.h"
 #include "platform/posix/system_info_posix.h"
 #include "platform/registry_port.h"
 
@@ -50,9 +50,8 @@ namespace ostrel::platform {
 namespace {
 
 constexpr std::string_view kCardsKey =
-    "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
-constexpr std::string_view kTcpipKey =
-    "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
+    "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
+constexpr std::string_view kTcpipKey = "SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
 
 std::string_view trim(std::string_view text) {
     const auto first = text.find_first_not_of(" \t\r\n");
@@ -85,58 +84,34 @@ std::string dotted(in_addr address) {
     return inet_ntop(AF_INET, &address, text, sizeof text) ? text : "";
 }
 
-// ---- .reg text -------------------------------------------------------------
-
-// A key name the export format carries as it stands: printable ASCII, no
-// separator, no brackets. Linux takes any bytes but '/' and blanks.
+// A key name the tools that read these keys take as it stands: printable
+// ASCII, no separator. Linux takes any bytes but '/' and blanks.
 bool fitsKeyName(std::string_view name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-        return c > ' ' && c <= '~' && c != '\\' && c != '[' && c != ']';
-    });
+    return !name.empty() && std::all_of(name.begin(), name.end(),
+                                        [](char c) { return c > ' ' && c <= '~' && c != '\\'; });
 }
 
-void quoted(std::string& out, std::string_view text) {
-    out += '"';
+// Text as the keys hold it: a lease may hold anything, and no control
+// character is left in.
+std::string printable(std::string_view text) {
+    std::string kept;
     for (const char c : text) {
-        if (static_cast<unsigned char>(c) < 0x20) continue;  // a lease may hold anything
-        if (c == '\\' || c == '"') out += '\\';
-        out += c;
+        if (static_cast<unsigned char>(c) >= 0x20) kept += c;
     }
-    out += '"';
+    return kept;
 }
 
-void stringValue(std::string& out, std::string_view name, std::string_view value) {
-    if (value.empty()) return;
-    quoted(out, name);
-    out += '=';
-    quoted(out, value);
-    out += "\r\n";
+// Empty text and empty lists are left out: the inventory then reads its default.
+void stringValue(RegistryLayer& keys, std::string_view name, std::string_view value) {
+    if (!value.empty()) keys.stringValue(name, printable(value));
 }
 
-// hex(7): each entry in UTF-16LE with its NUL, and one more NUL at the end.
-void multiStringValue(std::string& out, std::string_view name,
+void multiStringValue(RegistryLayer& keys, std::string_view name,
                       const std::vector<std::string>& entries) {
     if (entries.empty()) return;
-    quoted(out, name);
-    out += "=hex(7):";
-    char byte[8];
-    for (const std::string& entry : entries) {
-        for (const char c : entry) {
-            if (static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) > 0x7e) {
-                continue;  // addresses are ASCII
-            }
-            std::snprintf(byte, sizeof byte, "%02x,00,", static_cast<unsigned char>(c));
-            out += byte;
-        }
-        out += "00,00,";
-    }
-    out += "00,00\r\n";
-}
-
-void key(std::string& out, std::string_view path) {
-    out += "\r\n[";
-    out += path;
-    out += "]\r\n";
+    std::vector<std::string> kept;
+    for (const std::string& entry : entries) kept.push_back(printable(entry));
+    keys.multiStringValue(name, kept);
 }
 
 // ---- leases ----------------------------------------------------------------
@@ -370,23 +345,23 @@ NetworkFacts liveNetworkFacts() {
     return facts;
 }
 
-std::string networkKeysText(const NetworkFacts& facts) {
-    std::string out = "Windows Registry Editor Version 5.00\r\n";
-    key(out, kCardsKey);
+void addNetworkKeys(RegistryLayer& keys, const NetworkFacts& facts) {
+    const auto key = [&](std::string_view path) { keys.key(kHiveLocalMachine, path); };
+    key(kCardsKey);
     for (const InterfaceFacts& iface : facts.interfaces) {
         if (!iface.hardware) continue;
-        key(out, std::string(kCardsKey) + "\\" + std::to_string(iface.index));
-        stringValue(out, "ServiceName", iface.name);
+        key(std::string(kCardsKey) + "\\" + std::to_string(iface.index));
+        stringValue(keys, "ServiceName", iface.name);
     }
     const std::string adapters = std::string(kTcpipKey) + "\\Adapters";
-    key(out, adapters);
-    for (const InterfaceFacts& iface : facts.interfaces) key(out, adapters + "\\" + iface.name);
+    key(adapters);
+    for (const InterfaceFacts& iface : facts.interfaces) key(adapters + "\\" + iface.name);
     const std::string interfaces = std::string(kTcpipKey) + "\\Interfaces";
-    key(out, interfaces);
+    key(interfaces);
     for (const InterfaceFacts& iface : facts.interfaces) {
-        key(out, interfaces + "\\" + iface.name);
-        stringValue(out, "HostName", facts.hostName);
-        stringValue(out, "Domain", facts.domain);
+        key(interfaces + "\\" + iface.name);
+        stringValue(keys, "HostName", facts.hostName);
+        stringValue(keys, "Domain", facts.domain);
         std::vector<std::string> addresses;
         std::vector<std::string> masks;
         for (std::size_t i = 0; i < iface.addresses.size(); ++i) {
@@ -394,20 +369,19 @@ std::string networkKeysText(const NetworkFacts& facts) {
             addresses.push_back(iface.addresses[i]);
             masks.push_back(iface.masks[i]);
         }
-        multiStringValue(out, "IPAddress", addresses);
-        multiStringValue(out, "SubnetMask", masks);
-        multiStringValue(out, "DefaultGateway", iface.gateways);
-        if (!iface.loopback) stringValue(out, "NameServer", joined(facts.nameServers));
+        multiStringValue(keys, "IPAddress", addresses);
+        multiStringValue(keys, "SubnetMask", masks);
+        multiStringValue(keys, "DefaultGateway", iface.gateways);
+        if (!iface.loopback) stringValue(keys, "NameServer", joined(facts.nameServers));
         if (const auto& lease = iface.lease) {
-            out += "\"EnableDHCP\"=dword:00000001\r\n";
-            stringValue(out, "DhcpIPAddress", lease->address);
-            stringValue(out, "DhcpSubnetMask", lease->subnetMask);
-            stringValue(out, "DhcpServer", lease->server);
-            stringValue(out, "DhcpNameServer", joined(lease->nameServers));
-            stringValue(out, "DhcpDomain", lease->domain);
+            keys.dwordValue("EnableDHCP", 1);
+            stringValue(keys, "DhcpIPAddress", lease->address);
+            stringValue(keys, "DhcpSubnetMask", lease->subnetMask);
+            stringValue(keys, "DhcpServer", lease->server);
+            stringValue(keys, "DhcpNameServer", joined(lease->nameServers));
+            stringValue(keys, "DhcpDomain", lease->domain);
         }
     }
-    return out;
 }
 
 }  // namespace ostrel::platform

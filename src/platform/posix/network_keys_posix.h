@@ -1,5 +1,5 @@
-// The network keys of a Linux machine, made from the live system in the
-// registry export format, so that the network inventory reads them like a
+// The network keys of a Linux machine, made from the live system into the
+// registry's key tree, so that the network inventory reads them like a
 // Windows registry. The mapping is told at the top of network_keys_posix.cpp.
 #pragma once
 
@@ -10,6 +10,8 @@
 #include <vector>
 
 namespace ostrel::platform {
+
+class RegistryLayer;
 
 // What a DHCP client recorded for one interface; empty fields it didn't say.
 struct DhcpLease {
@@ -43,8 +45,8 @@ struct NetworkFacts {
 // /etc/resolv.conf and the lease files of the common DHCP clients.
 NetworkFacts liveNetworkFacts();
 
-// The three network keys holding those facts, as .reg text (version 5.00).
-std::string networkKeysText(const NetworkFacts& facts);
+// Makes the three network keys holding those facts, in HKEY_LOCAL_MACHINE.
+void addNetworkKeys(RegistryLayer& keys, const NetworkFacts& facts);
 
 // Lease files: systemd-networkd's and NetworkManager's own client
 // (KEY=VALUE lines), and dhclient's ("lease { ... }" blocks; every block,

@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "platform/adapters.h"
+#include "platform/common/registry_tree.h"
 #include "platform/posix/network_keys_posix.h"
 #include "runtime/text.h"
 
@@ -32,7 +33,7 @@ class LiveRegistry final : public RegFileRegistry {
         if (underNetworkKeys(hive, path)) {
             std::call_once(synthesised_, [this] {
                 try {
-                    loadText(networkKeysText(liveNetworkFacts()), "the live network keys");
+                    loadKeys([](RegistryLayer& keys) { addNetworkKeys(keys, liveNetworkFacts()); });
                 } catch (...) {
                     // Nothing of the machine could be told: the keys stay missing.
                 }

@@ -1,4 +1,4 @@
-#include "foundation/startup.h"
+#include "component/startup.h"
 
 #include <string>
 #include <string_view>
@@ -75,6 +75,10 @@ void Main() {
         g.startState = StartState::Failed;
         showCriticalStop(currentError().description);
     }
+}
+
+void ensureStarted() {
+    if (apartment().startState == StartState::NotStarted) Main();
 }
 
 }  // namespace ostrel

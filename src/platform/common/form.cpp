@@ -1,4 +1,4 @@
-#include "ui/form.h"
+#include "platform/form.h"
 
 #include <algorithm>
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ui/ui_objects.h"
+#include "platform/ui_objects.h"
 
 namespace ostrel {
 

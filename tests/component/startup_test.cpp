@@ -1,4 +1,4 @@
-#include "foundation/startup.h"
+#include "component/startup.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ TEST(Startup, FillsTheGlobalsOnceAndShowsNothing) {
     ensureStarted();
     EXPECT_EQ(apartment().startState, StartState::Started);
     EXPECT_TRUE(fx.messageBox.shown.empty());
-    EXPECT_TRUE(apartment().gobjPCInfo) << "the shared snapshot stays after Main drops its own";
+    EXPECT_TRUE(gobjPCInfo()) << "the shared snapshot stays after Main drops its own";
     EXPECT_EQ(glngDebugLevel(), 1);
 
     // Started is final: a later creation doesn't run Main again.
@@ -70,7 +70,7 @@ TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {
     expectFailedOnce(
         fx,
         "Unable to create FileSystemObject.\r\nError 429: ActiveX component can't create object");
-    EXPECT_FALSE(apartment().gobjPCInfo);
+    EXPECT_FALSE(gobjPCInfo());
     // Each later path operation fails at its own call site, while reports
     // still reach the debugger.
     EXPECT_EQ(errorNumberOf([] { fileSystem(); }), 91);
