@@ -1,16 +1,14 @@
 // The settings file and its lock, with the real adapters (pugixml, the
-// shared-memory lock, the file system), each beside the bare work it stands
+// kernel file lock, the file system), each beside the bare work it stands
 // on, measured in turns of equal batches so that both see the same disk:
 //   first read   - a fresh document loaded under the lock, per read
 //   later read   - the same key again, from memory (target: under 1 us)
 //   save         - reload, change and write under the lock, beside a plain
 //                  rewrite of the same bytes into the same file (target: 3x)
 //   lock         - GetMutex and ReleaseMutexHandle uncontended, beside the
-//                  bare shm_open/mmap/lock/unlock/munmap (target: 1.5x)
+//                  bare calls on the open lock file (target: 1.5x)
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
-#include <pthread.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,47 +98,38 @@ BENCHMARK(BM_SaveAgainstPlainRewrite)
     ->Repetitions(3)
     ->ReportAggregatesOnly(true);
 
-struct BareShared {
-    uint32_t state;
-    pthread_mutex_t mutex;
-};
-
-// What one take and release costs with nothing around the system calls.
-void bareTakeAndRelease(const char* name) {
-    const int fd = ::shm_open(name, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+// What one take and release costs with nothing around the system calls,
+// on a lock file that is open already: check that it is still there, take
+// the kernel lock, read and write the owner record, clear it, let it go.
+void bareTakeAndRelease(int fd) {
     struct stat info {};
     ::fstat(fd, &info);
-    void* memory = ::mmap(nullptr, sizeof(BareShared), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    ::close(fd);
-    auto* shared = static_cast<BareShared*>(memory);
-    timespec deadline{};
-    ::clock_gettime(CLOCK_REALTIME, &deadline);
-    deadline.tv_sec += 3;
-    pthread_mutex_timedlock(&shared->mutex, &deadline);
-    pthread_mutex_unlock(&shared->mutex);
-    ::munmap(memory, sizeof(BareShared));
+    struct flock whole {};
+    whole.l_type = F_WRLCK;
+    ::fcntl(fd, F_OFD_SETLK, &whole);
+    char record[8] = {};
+    benchmark::DoNotOptimize(::pread(fd, record, sizeof record, 0));
+    benchmark::DoNotOptimize(::pwrite(fd, record, sizeof record, 0));
+    benchmark::DoNotOptimize(::pwrite(fd, record, sizeof record, 0));
+    whole.l_type = F_UNLCK;
+    ::fcntl(fd, F_OFD_SETLK, &whole);
 }
 
 void BM_LockAgainstBareCalls(benchmark::State& state) {
     Setup setup;
-    // The bare side gets a lock of its own, made as the adapter makes one.
-    const std::string bareName = "/ostrel-bench-bare-" + std::to_string(::getpid());
-    {
-        const int fd = ::shm_open(bareName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        if (fd < 0 || ::ftruncate(fd, sizeof(BareShared)) != 0) {
-            state.SkipWithError("no shared memory");
-            return;
-        }
-        void* memory =
-            ::mmap(nullptr, sizeof(BareShared), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-        ::close(fd);
-        pthread_mutexattr_t attributes;
-        pthread_mutexattr_init(&attributes);
-        pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-        pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-        pthread_mutex_init(&static_cast<BareShared*>(memory)->mutex, &attributes);
-        ::munmap(memory, sizeof(BareShared));
+    // Both sides in one private folder in memory, as the user's runtime
+    // folder is; the bare side on a file of its own.
+    char folder[] = "/dev/shm/ostrel-bench-XXXXXX";
+    if (!::mkdtemp(folder)) {
+        state.SkipWithError("no folder");
+        return;
+    }
+    ::setenv("XDG_RUNTIME_DIR", folder, 1);
+    const std::string bareFile = std::string(folder) + "/bare.lock";
+    const int bare = ::open(bareFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (bare < 0) {
+        state.SkipWithError("no lock file");
+        return;
     }
     Clock::duration guardTime{}, bareTime{};
     int64_t takes = 0;
@@ -151,13 +140,15 @@ void BM_LockAgainstBareCalls(benchmark::State& state) {
             ReleaseMutexHandle(handle);
         }
         const auto middle = Clock::now();
-        for (int i = 0; i < kBatch; ++i) bareTakeAndRelease(bareName.c_str());
+        for (int i = 0; i < kBatch; ++i) bareTakeAndRelease(bare);
         const auto end = Clock::now();
         guardTime += middle - start;
         bareTime += end - middle;
         takes += kBatch;
     }
-    ::shm_unlink(bareName.c_str());
+    ::close(bare);
+    ::unsetenv("XDG_RUNTIME_DIR");
+    std::filesystem::remove_all(folder);
     state.counters["guard_ns"] = seconds(guardTime) * 1e9 / static_cast<double>(takes);
     state.counters["bare_ns"] = seconds(bareTime) * 1e9 / static_cast<double>(takes);
     state.counters["ratio"] = seconds(guardTime) / seconds(bareTime);

@@ -1,5 +1,7 @@
 #include "machine/processes.h"
 
+#include <algorithm>
+
 #include "foundation/debug_log.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
@@ -14,6 +16,9 @@ namespace {
 
 constexpr uint32_t kSnapshotAll = 15;  // kept: every kind, although only processes are read
 constexpr int32_t kHidden = 0;
+// ProgramReadyTimeout above a minute waits a minute: a shared settings file
+// can't make a host wait for weeks.
+constexpr int32_t kMaxReadyTimeoutMs = 60000;
 
 platform::ProcessPort& processes() {
     return requirePort(apartment().ports.processes);
@@ -70,8 +75,9 @@ bool mfblnRunProgram(std::string_view vstrCommandLine, int32_t /*vlngUnused*/,
                      const ReadinessTest& ready, int32_t* startedId) {
     const std::string commandLine(vstrCommandLine);
     try {
-        const int32_t lngTimeout =
-            toLong(gfstrGetApplicationSetting("Ostrel", "Settings", "ProgramReadyTimeout", "500"));
+        const int32_t lngTimeout = std::min(
+            toLong(gfstrGetApplicationSetting("Ostrel", "Settings", "ProgramReadyTimeout", "500")),
+            kMaxReadyTimeoutMs);
         // kept: the id goes into 16 bits, so one above 32767 overflows into
         // the failure path although the program was started
         const int16_t intProcessId =

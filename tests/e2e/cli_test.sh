@@ -105,7 +105,7 @@ if $windows; then
     command="cmd.exe /c echo up>\"$ready\""
 else
     ready="$work/ready.txt"
-    command="sh -c 'echo up > \"$ready\"; sleep 2'"
+    command="sh -c \"echo up > '$ready'; sleep 2\""
 fi
 run process run --ready-file "$ready" "$command"
 check "process run: ready, with the id" '[ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"'

@@ -18,7 +18,8 @@ if $windows; then
   older() { wine_reg query "$older_key\\$1" /v "$2" 2>/dev/null | tr -d '\r' | awk '/REG_SZ/ { sub(/^.*REG_SZ[ \t]+/, ""); print }'; }
   clean_older() { wine_reg delete "$older_key" /f >/dev/null 2>&1; }
 else
-  export ProgramData="$work/pd" XDG_CONFIG_HOME="$work/config"
+  export ProgramData="$work/pd" XDG_CONFIG_HOME="$work/config" XDG_RUNTIME_DIR="$work/run"
+  mkdir -m 700 "$XDG_RUNTIME_DIR"  # the test's locks in a folder of its own
   data="$ProgramData/QUORL"
   ini="$XDG_CONFIG_HOME/QUORL/program-settings.ini"
   put_older() { mkdir -p "$(dirname "$ini")" && printf '[Ostrel\\%s]\n%s=%s\n' "$1" "$2" "$3" >>"$ini"; }
@@ -98,6 +99,37 @@ hold QUORL_OSTREL_SETTINGS 60000
 run --trace settings get Settings Colour --default d
 check "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "'
 gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
+
+# Linux, as root: the lock lies where no other user reaches it. The attacker
+# is nobody; daemon is a second victim, one without a runtime folder.
+if ! $windows && [ "$(id -u)" = 0 ]; then
+  attacker() { setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"; }
+  as_daemon() {
+    local own=("${tool[@]}")
+    tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${own[@]}")
+    run "$@"
+    tool=("${own[@]}")
+  }
+  lockname="ostrel-e2e-lock-$$"
+  attacker sh -c "head -c 64 /dev/zero | tr '\\0' '\\1' >/dev/shm/ostrel-0-$lockname"
+  run --trace mutex --timeout 0 "$lockname"
+  check "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]'
+  rm -f "/dev/shm/ostrel-0-$lockname"
+  theirs=$(attacker mktemp -d)
+  XDG_RUNTIME_DIR=$theirs run --trace mutex --timeout 0 "$lockname"
+  check "nor is another user's runtime folder taken" '[ "$rc" = 0 ] && [ -z "$(ls -A "$theirs")" ]'
+  private=/tmp/ostrel-$(id -u daemon)
+  for plant in "mkdir -m 777 $private" "ln -s $theirs $private"; do
+    rm -rf "$private"
+    attacker sh -c "$plant"
+    as_daemon --trace mutex --timeout 0 "$lockname"
+    check "a lock folder another user made first is refused ($plant)" '[ "$rc" = 3 ] && has "$err" "Failed creating mutex($lockname)" && [ -z "$(ls -A "$theirs")" ]'
+  done
+  rm -rf "$private"
+  as_daemon --trace mutex --timeout 0 "$lockname"
+  check "without one, the user makes its own lock folder" '[ "$rc" = 0 ] && [ "$(stat -c "%U %a" "$private")" = "daemon 700" ]'
+  rm -rf "$private" "$theirs"
+fi
 
 # Four writers saving distinct keys at once: every save reloads under the
 # lock, so nothing is lost.

@@ -1,5 +1,14 @@
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#endif
+
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -92,9 +101,31 @@ TEST_F(MutexGuard, WithoutALockServiceTheRunTimeErrorIsLogged) {
     EXPECT_EQ(handle, 0);
 }
 
+#ifndef _WIN32
+// On Linux the lock files of these tests go to a private folder of their own.
+struct PrivateLockFolder {
+    PrivateLockFolder() {
+        char made[] = "/tmp/ostrel-locks-XXXXXX";
+        path = ::mkdtemp(made);
+        ::setenv("XDG_RUNTIME_DIR", made, 1);
+    }
+    ~PrivateLockFolder() {
+        ::unsetenv("XDG_RUNTIME_DIR");
+        std::filesystem::remove_all(path);
+    }
+    std::filesystem::path file(const std::string& name) const {
+        return path / ("ostrel-" + name + ".lock");
+    }
+    std::filesystem::path path;
+};
+#else
+struct PrivateLockFolder {};
+#endif
+
 // The system's own lock: what a wait answers from another thread, which
 // owns a mutex on Windows and Linux alike.
 TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
+    const PrivateLockFolder folder;
     Port& port = platform::systemNamedMutex();
     const std::string name =
         "ostrel-test-" +
@@ -130,10 +161,13 @@ TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
     EXPECT_EQ(answer, Port::kWaitObtained);
     EXPECT_TRUE(released);
 
-    // A thread that ends while it owns the lock leaves it abandoned.
+    // A thread that ends while it owns the lock leaves it abandoned, also
+    // after it released and closed the first of two handles.
     std::thread([&] {
-        const int32_t theirs = port.create(name);
-        port.wait(theirs, 0);
+        int32_t theirs[2] = {port.create(name), port.create(name)};
+        for (const int32_t handle : theirs) port.wait(handle, 0);
+        port.release(theirs[0]);
+        port.close(theirs[0]);
     }).join();
     EXPECT_EQ(port.wait(mine, 1000), Port::kWaitAbandoned);
     EXPECT_TRUE(port.release(mine));
@@ -141,6 +175,42 @@ TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
     EXPECT_TRUE(port.release(mine));
     EXPECT_TRUE(port.close(mine));
 }
+
+#ifndef _WIN32
+// What is found in the lock folder and wasn't made as the lock makes its
+// files is refused, never used.
+TEST(SystemNamedMutex, RefusesWhatItDidNotMakeItself) {
+    namespace fs = std::filesystem;
+    const PrivateLockFolder folder;
+    Port& port = platform::systemNamedMutex();
+    const auto put = [&](const std::string& name, const std::string& bytes, fs::perms mode) {
+        std::ofstream(folder.file(name)) << bytes;
+        fs::permissions(folder.file(name), mode);
+    };
+    const int32_t fine = port.create("fine");
+    ASSERT_GT(fine, 0);
+    EXPECT_EQ(fs::status(folder.file("fine")).permissions(), fs::perms(0600));
+    port.close(fine);
+
+    fs::create_symlink(folder.file("fine"), folder.file("link"));
+    ::mkfifo(folder.file("fifo").c_str(), 0600);
+    fs::create_directory(folder.file("folder"));
+    put("wide", "", fs::perms(0644));
+    put("long", "nine byte", fs::perms(0600));
+    put("twice", "", fs::perms(0600));
+    fs::create_hard_link(folder.file("twice"), folder.file("twin"));
+    put("theirs", "", fs::perms(0600));
+    if (::geteuid() == 0) ::chown(folder.file("theirs").c_str(), 65534, 65534);
+    for (const char* name : {"link", "fifo", "folder", "wide", "long", "twice", "theirs"}) {
+        EXPECT_EQ(port.create(name), 0) << name;
+    }
+    // A record this code didn't write: opened, but never taken.
+    put("forged", "XXXXXXXX", fs::perms(0600));
+    const int32_t forged = port.create("forged");
+    EXPECT_EQ(port.wait(forged, 0), Port::kWaitFailed);
+    port.close(forged);
+}
+#endif
 
 }  // namespace
 }  // namespace ostrel

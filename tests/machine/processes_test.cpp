@@ -1,12 +1,24 @@
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+#endif
+
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fakes/test_apartment.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "machine/processes.h"
+#include "platform/adapters.h"
+#include "platform/common/command_line.h"
 
 namespace ostrel {
 namespace {
@@ -85,6 +97,11 @@ TEST_F(Processes, RunStartsHiddenAndWaitsForTheReadinessTest) {
     fx.processes.sleeps = 0;
     EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
     EXPECT_EQ(fx.processes.sleeps, 20u);
+    fx.writeSettings("<Settings><ProgramReadyTimeout>2147483647</ProgramReadyTimeout></Settings>");
+    apartment().gobjSettingsDoc.reset();
+    fx.processes.sleeps = 0;
+    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
+    EXPECT_EQ(fx.processes.sleeps, 60000u) << "a minute at most";
 }
 
 TEST_F(Processes, RunFailuresAndTheSixteenBitId) {
@@ -130,6 +147,56 @@ TEST_F(Processes, TheWaitSurvivesAWrapOfTheTickCounter) {
     EXPECT_FALSE(mfblnWaitForReady(100, never));
     EXPECT_EQ(fx.processes.sleeps, 110u);
 }
+
+TEST(CommandLine, SplitsAsTheWindowsRunTimeAndExpandsNothing) {
+    const std::pair<std::string, Lines> table[] = {
+        {"prog a  b\tc", {"prog", "a", "b", "c"}},
+        {R"("C:\Program Files\x.exe" "a b"c d)", {R"(C:\Program Files\x.exe)", "a bc", "d"}},
+        {R"(p a\\b \"q\" a\\\"b a\\\\"b c" d)",
+         {"p", R"(a\\b)", R"("q")", R"(a\"b)", R"(a\\b c)", "d"}},
+        {R"(p "a""b" "" "x)", {"p", R"(a"b)", "", "x"}},
+        {"p $HOME ~ * $((1+1)) `id` 'a b'",
+         {"p", "$HOME", "~", "*", "$((1+1))", "`id`", "'a", "b'"}},
+        {"", {""}},
+    };
+    for (const auto& [line, words] : table) {
+        EXPECT_EQ(platform::splitCommandLine(line), words) << line;
+    }
+}
+
+#ifndef _WIN32
+// The system's start: a program that can't be run fails inside the start,
+// with its number, at once; and the line reaches the program unexpanded.
+TEST_F(Processes, TheSystemStartFailsAtOnceAndExpandsNothing) {
+    namespace fs = std::filesystem;
+    apartment().ports.processes = &platform::systemProcesses();
+    const fs::path folder =
+        fs::temp_directory_path() / ("ostrel-start-" + std::to_string(::getpid()));
+    fs::create_directories(folder);
+    std::ofstream(folder / "text") << "no program\n";
+    fs::permissions(folder / "text", fs::perms(0755));
+    const std::pair<fs::path, std::string> failures[] = {
+        {folder, "70, Permission denied"},
+        {folder / "text", "5, Invalid procedure call or argument"},
+        {folder / "missing", "53, File not found"},
+    };
+    for (const auto& [program, error] : failures) {
+        fx.debugStream.texts.clear();
+        EXPECT_FALSE(mfblnRunProgram(program.string(), 0, ReadinessTest()));
+        EXPECT_EQ(said(), Lines{"[mfblnRunProgram] Program failed to run.  prog: " +
+                                program.string() + " Error: " + error + "\r\n"});
+    }
+
+    const fs::path made[] = {folder / "$HOME", folder / "~", folder / "*"};
+    platform::systemProcesses().start(
+        "touch " + made[0].string() + " " + made[1].string() + " " + made[2].string(), 0);
+    for (int i = 0; i < 500 && !fs::exists(made[2]); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_TRUE(fs::exists(made[0]) && fs::exists(made[1]) && fs::exists(made[2]));
+    fs::remove_all(folder);
+}
+#endif
 
 }  // namespace
 }  // namespace ostrel

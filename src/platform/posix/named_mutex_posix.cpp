@@ -1,27 +1,41 @@
-// The named mutex on Linux: a robust, recursive, process-shared pthread mutex
-// in a shared-memory object. The object's name is derived from the lock name
-// and the user, so that, like the kernel's named mutex in a logon's private
-// namespace, one user's lock never blocks another's. A robust mutex tells the
-// next waiter that its owner died (EOWNERDEAD): the abandoned case. Handles
-// are small positive numbers from a table of this process; error texts are
-// strerror's.
+// The named mutex on Linux: a kernel lock (an open-file-description lock,
+// fcntl F_OFD_SETLK) on a small file in a folder that only the user can
+// reach, so that, like the kernel's named mutex in a logon's private
+// namespace, one user's lock never blocks another's and no other user can
+// touch it. The folder is $XDG_RUNTIME_DIR, else /run/user/<uid>, else one
+// this code makes: /run/ostrel for root, /tmp/ostrel-<uid> for others. A
+// folder is used only when it is a real directory of this user with mode
+// 0700, and a lock file only when it is a regular file of this user with
+// mode 0600, one link and the size of a record: anything else found there
+// (a link, a FIFO, another owner) is refused, never trusted.
+//
+// The kernel drops the lock when its holder dies, so nothing half-made is
+// left behind. The abandoned case comes from the record in the file: the
+// holder writes its process id there on taking the lock and clears it on a
+// clean release, so a taker that finds an id left over knows its last owner
+// ended without releasing. Threads: the process has one descriptor per
+// name, shared by all its handles; which thread owns it, and how often, is
+// kept here, and a thread that ends while it owns a lock leaves it
+// abandoned in the same way. Handles are small positive numbers from a
+// table of this process; error texts are strerror's.
 #include <fcntl.h>
-#include <pthread.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/adapters.h"
 
@@ -29,21 +43,25 @@ namespace ostrel::platform {
 
 namespace {
 
-// What lives in the shared memory. The first process to map it initialises
-// the mutex; the others wait until it says ready.
-struct SharedLock {
-    std::atomic<uint32_t> state;  // 0 new, 1 being initialised, 2 ready
-    pthread_mutex_t mutex;
-};
-constexpr uint32_t kNew = 0;
-constexpr uint32_t kInitialising = 1;
-constexpr uint32_t kReady = 2;
+using Clock = std::chrono::steady_clock;
 
 thread_local int tlsLastError = 0;
 
-// "/ostrel-<uid>-<name>": characters that a shared-memory name can't hold
-// are written as %XX; a name too long for the system is replaced by its hash.
-std::string sharedName(std::string_view name) {
+void fail(int error) {
+    tlsLastError = error;
+}
+
+// The record at the start of a lock file: a mark and the id of the process
+// that holds the lock, 0 once it was released cleanly. A new file is empty.
+struct Record {
+    char mark[4];
+    int32_t holder;
+};
+constexpr char kMark[4] = {'O', 'S', 'M', 'X'};
+
+// "ostrel-<name>.lock": characters that a file name can't hold are written
+// as %XX; a name too long for the system is replaced by its hash.
+std::string fileName(std::string_view name) {
     std::string encoded;
     for (const char ch : name) {
         const auto c = static_cast<unsigned char>(ch);
@@ -62,160 +80,240 @@ std::string sharedName(std::string_view name) {
         std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
         encoded = std::string("#") + hex;
     }
-    return "/ostrel-" + std::to_string(::getuid()) + "-" + encoded;
+    return "ostrel-" + encoded + ".lock";
 }
 
-bool initialise(SharedLock& lock) {
-    pthread_mutexattr_t attributes;
-    if (pthread_mutexattr_init(&attributes) != 0) return false;
-    const bool made = pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED) == 0 &&
-                      pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST) == 0 &&
-                      pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE) == 0 &&
-                      pthread_mutex_init(&lock.mutex, &attributes) == 0;
-    pthread_mutexattr_destroy(&attributes);
-    return made;
-}
-
-// Maps the lock of that shared name, initialising it if this is the first
-// use; null with errno set when it can't.
-SharedLock* mapLock(const std::string& shared) {
-    const int fd = ::shm_open(shared.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0) return nullptr;
+// Gives the descriptor when what it opened is as this user's own, else
+// closes it and gives -1 with EPERM.
+int keepIfOwn(int fd, bool folder) {
     struct stat info {};
-    if (::fstat(fd, &info) != 0 || (info.st_size < static_cast<off_t>(sizeof(SharedLock)) &&
-                                    ::ftruncate(fd, sizeof(SharedLock)) != 0)) {
-        const int error = errno;
-        ::close(fd);
-        errno = error;
-        return nullptr;
-    }
-    void* memory = ::mmap(nullptr, sizeof(SharedLock), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    const int error = errno;
+    const bool own =
+        fd >= 0 && ::fstat(fd, &info) == 0 && info.st_uid == ::geteuid() &&
+        (folder ? S_ISDIR(info.st_mode) && (info.st_mode & 07777) == 0700
+                : S_ISREG(info.st_mode) && (info.st_mode & 07777) == 0600 && info.st_nlink == 1 &&
+                      (info.st_size == 0 || info.st_size == sizeof(Record)));
+    if (own || fd < 0) return fd;
     ::close(fd);
-    if (memory == MAP_FAILED) {
-        errno = error;
-        return nullptr;
-    }
-    auto* lock = static_cast<SharedLock*>(memory);
-    uint32_t expected = kNew;
-    if (lock->state.compare_exchange_strong(expected, kInitialising)) {
-        if (!initialise(*lock)) {
-            lock->state.store(kNew);
-            ::munmap(memory, sizeof(SharedLock));
-            errno = EINVAL;
-            return nullptr;
-        }
-        lock->state.store(kReady);
-        return lock;
-    }
-    // Another process is initialising it: that takes microseconds. One that
-    // died half-way leaves the lock unusable, which is reported, not waited for.
-    for (int i = 0; i < 2000 && lock->state.load() != kReady; ++i) {
-        std::this_thread::sleep_for(std::chrono::microseconds(500));
-    }
-    if (lock->state.load() != kReady) {
-        ::munmap(memory, sizeof(SharedLock));
-        errno = ETIMEDOUT;
-        return nullptr;
-    }
-    return lock;
+    errno = EPERM;
+    return -1;
 }
 
-timespec deadlineAfter(int32_t timeoutMs) {
-    timespec deadline{};
-    ::clock_gettime(CLOCK_REALTIME, &deadline);
-    deadline.tv_sec += timeoutMs / 1000;
-    deadline.tv_nsec += static_cast<long>(timeoutMs % 1000) * 1000000L;
-    if (deadline.tv_nsec >= 1000000000L) {
-        deadline.tv_sec += 1;
-        deadline.tv_nsec -= 1000000000L;
-    }
-    return deadline;
+int openOwnFolder(const std::string& path) {
+    return keepIfOwn(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), true);
 }
+
+// The folder of this user's locks, opened and checked; -1 with errno set.
+int openLockFolder() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime && runtime[0] == '/') {
+        const int fd = openOwnFolder(runtime);
+        if (fd >= 0) return fd;
+    }
+    const uid_t user = ::geteuid();
+    const int fd = openOwnFolder("/run/user/" + std::to_string(user));
+    if (fd >= 0) return fd;
+    // Only root can make a folder in /run; in /tmp one that someone else
+    // made first is refused by the check.
+    const std::string own = user == 0 ? "/run/ostrel" : "/tmp/ostrel-" + std::to_string(user);
+    if (::mkdir(own.c_str(), 0700) != 0 && errno != EEXIST) return -1;
+    return openOwnFolder(own);
+}
+
+// The lock file of that name, made if it is missing; -1 with errno set.
+int openLockFile(const std::string& file) {
+    const int folder = openLockFolder();
+    if (folder < 0) return -1;
+    constexpr int kFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    int fd = ::openat(folder, file.c_str(), kFlags);
+    if (fd < 0 && errno == ENOENT) {
+        fd = ::openat(folder, file.c_str(), kFlags | O_CREAT | O_EXCL, 0600);
+        if (fd >= 0) {
+            ::fchmod(fd, 0600);  // whatever the umask took away
+        } else if (errno == EEXIST) {
+            fd = ::openat(folder, file.c_str(), kFlags);  // made by another process meanwhile
+        }
+    }
+    const int error = errno;
+    ::close(folder);
+    errno = error;
+    return keepIfOwn(fd, false);
+}
+
+// 0 or an error number.
+int setKernelLock(int fd, short type, int command) {
+    struct flock whole {};
+    whole.l_type = type;
+    whole.l_whence = SEEK_SET;
+    while (::fcntl(fd, command, &whole) != 0) {
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
+// Takes the kernel lock by the deadline (none for a negative time-out),
+// asking again at growing pauses; 0, ETIMEDOUT or the error.
+int takeKernelLock(int fd, int32_t timeoutMs, Clock::time_point deadline) {
+    if (timeoutMs < 0) return setKernelLock(fd, F_WRLCK, F_OFD_SETLKW);
+    auto pause = std::chrono::microseconds(250);
+    for (;;) {
+        const int error = setKernelLock(fd, F_WRLCK, F_OFD_SETLK);
+        if (error != EAGAIN && error != EACCES) return error;
+        const auto left = deadline - Clock::now();
+        if (left <= Clock::duration::zero()) return ETIMEDOUT;
+        std::this_thread::sleep_for(std::min<Clock::duration>(pause, left));
+        pause = std::min(pause * 2, std::chrono::microseconds(8000));
+    }
+}
+
+// Under the kernel lock: reads the record (abandoned when it names a
+// holder) and writes this process's; 0 or the error number.
+int claimRecord(int fd, bool& abandoned) {
+    Record record{};
+    const ssize_t got = ::pread(fd, &record, sizeof record, 0);
+    if (got < 0) return errno;
+    if (got != 0 && (got != sizeof record || std::memcmp(record.mark, kMark, sizeof kMark) != 0)) {
+        return EPERM;  // not a record this code wrote
+    }
+    abandoned = got != 0 && record.holder != 0;
+    std::memcpy(record.mark, kMark, sizeof kMark);
+    record.holder = static_cast<int32_t>(::getpid());
+    return ::pwrite(fd, &record, sizeof record, 0) == sizeof record ? 0 : errno;
+}
+
+// One lock file of this process, shared by all the handles of its name.
+struct Lock {
+    explicit Lock(int file) : fd(file) {}
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+    ~Lock() { ::close(fd); }
+
+    // The kernel lock goes; with keepRecord, the record says "abandoned".
+    void letGo(bool keepRecord) {
+        if (!keepRecord) {
+            Record record{};
+            std::memcpy(record.mark, kMark, sizeof kMark);
+            (void)::pwrite(fd, &record, sizeof record, 0);
+        }
+        setKernelLock(fd, F_UNLCK, F_OFD_SETLK);
+        owner = std::thread::id();
+        depth = 0;
+        freed.notify_one();
+    }
+
+    const int fd;
+    std::mutex state;
+    std::condition_variable freed;
+    std::thread::id owner;  // the thread that owns it or is taking it
+    int depth = 0;          // how often the owner took it
+};
+
+// The locks a thread owns; a thread that ends leaves them abandoned.
+struct OwnedLocks {
+    OwnedLocks() = default;
+    OwnedLocks(const OwnedLocks&) = delete;
+    OwnedLocks& operator=(const OwnedLocks&) = delete;
+    ~OwnedLocks() {
+        for (const auto& lock : locks) {
+            const std::lock_guard<std::mutex> guard(lock->state);
+            if (lock->owner == std::this_thread::get_id()) lock->letGo(true);
+        }
+    }
+    void drop(const Lock* lock) {
+        std::erase_if(locks,
+                      [&](const std::shared_ptr<Lock>& owned) { return owned.get() == lock; });
+    }
+    std::vector<std::shared_ptr<Lock>> locks;
+};
+thread_local OwnedLocks tlsOwned;
 
 class PosixNamedMutex final : public NamedMutexPort {
   public:
     int32_t create(std::string_view name) override {
-        SharedLock* lock = mapLock(sharedName(name));
-        if (!lock) {
-            fail(errno);
-            return 0;
-        }
+        const std::string file = fileName(name);
         const std::lock_guard<std::mutex> guard(tableLock_);
+        std::shared_ptr<Lock> lock = byName_[file].lock();
+        if (!lock) {
+            const int fd = openLockFile(file);
+            if (fd < 0) {
+                fail(errno);
+                return 0;
+            }
+            lock = std::make_shared<Lock>(fd);
+            byName_[file] = lock;
+        }
         const int32_t handle = nextHandle_++;
-        handles_[handle] = lock;
+        handles_[handle] = std::move(lock);
         return handle;
     }
 
     uint32_t wait(int32_t handle, int32_t timeoutMs) override {
-        SharedLock* lock = find(handle);
+        const std::shared_ptr<Lock> lock = find(handle);
         if (!lock) {
             fail(EBADF);
             return kWaitFailed;
         }
-        int result = 0;
-        if (timeoutMs < 0) {
-            result = pthread_mutex_lock(&lock->mutex);
-        } else if (timeoutMs == 0) {
-            result = pthread_mutex_trylock(&lock->mutex);
-        } else {
-            const timespec deadline = deadlineAfter(timeoutMs);
-            do {
-                result = pthread_mutex_timedlock(&lock->mutex, &deadline);
-            } while (result == EINTR);
+        const auto me = std::this_thread::get_id();
+        const auto deadline = Clock::now() + std::chrono::milliseconds(std::max(timeoutMs, 0));
+        std::unique_lock<std::mutex> guard(lock->state);
+        if (lock->owner == me) {
+            ++lock->depth;
+            return kWaitObtained;
         }
-        switch (result) {
-            case 0:
-                return kWaitObtained;
-            case EOWNERDEAD:
-                // Ours now; marked consistent so that the next owner sees a plain lock.
-                pthread_mutex_consistent(&lock->mutex);
-                return kWaitAbandoned;
-            case ETIMEDOUT:
-            case EBUSY: {
+        // First the other threads of this process, then the other processes.
+        while (lock->owner != std::thread::id()) {
+            if (timeoutMs < 0) {
+                lock->freed.wait(guard);
+            } else if (lock->freed.wait_until(guard, deadline) == std::cv_status::timeout &&
+                       lock->owner != std::thread::id()) {
                 fail(ETIMEDOUT);
                 return kWaitTimeout;
             }
-            default: {
-                fail(result);
-                return kWaitFailed;
-            }
         }
+        lock->owner = me;
+        guard.unlock();
+        bool abandoned = false;
+        int error = takeKernelLock(lock->fd, timeoutMs, deadline);
+        if (error == 0) {
+            error = claimRecord(lock->fd, abandoned);
+            if (error != 0) setKernelLock(lock->fd, F_UNLCK, F_OFD_SETLK);
+        }
+        guard.lock();
+        if (error != 0) {
+            lock->owner = std::thread::id();
+            lock->freed.notify_one();
+            fail(error);
+            return error == ETIMEDOUT ? kWaitTimeout : kWaitFailed;
+        }
+        lock->depth = 1;
+        tlsOwned.locks.push_back(lock);
+        return abandoned ? kWaitAbandoned : kWaitObtained;
     }
 
     bool release(int32_t handle) override {
-        SharedLock* lock = find(handle);
+        const std::shared_ptr<Lock> lock = find(handle);
         if (!lock) {
             fail(EBADF);
             return false;
         }
-        const int result = pthread_mutex_unlock(&lock->mutex);
-        if (result != 0) {
-            fail(result);
+        const std::lock_guard<std::mutex> guard(lock->state);
+        if (lock->owner != std::this_thread::get_id() || lock->depth == 0) {
+            fail(EPERM);
             return false;
+        }
+        if (--lock->depth == 0) {
+            lock->letGo(false);
+            tlsOwned.drop(lock.get());
         }
         return true;
     }
 
     bool close(int32_t handle) override {
-        SharedLock* lock = nullptr;
-        {
-            const std::lock_guard<std::mutex> guard(tableLock_);
-            const auto found = handles_.find(handle);
-            if (found == handles_.end()) {
-                fail(EBADF);
-                return false;
-            }
-            lock = found->second;
-            handles_.erase(found);
-        }
-        // The object stays for other users; like a kernel object it only
-        // goes from memory with the last handle, which shm can't tell us.
-        if (::munmap(lock, sizeof(SharedLock)) != 0) {
-            fail(errno);
+        const std::lock_guard<std::mutex> guard(tableLock_);
+        if (handles_.erase(handle) == 0) {
+            fail(EBADF);
             return false;
         }
-        return true;
+        return true;  // the file closes with the last handle of its name
     }
 
     int32_t lastError() override { return tlsLastError; }
@@ -230,24 +328,24 @@ class PosixNamedMutex final : public NamedMutexPort {
     }
 
   private:
-    static void fail(int error) { tlsLastError = error; }
-
-    SharedLock* find(int32_t handle) {
+    std::shared_ptr<Lock> find(int32_t handle) {
         const std::lock_guard<std::mutex> guard(tableLock_);
         const auto found = handles_.find(handle);
         return found == handles_.end() ? nullptr : found->second;
     }
 
     std::mutex tableLock_;
-    std::map<int32_t, SharedLock*> handles_;
+    std::map<int32_t, std::shared_ptr<Lock>> handles_;
+    std::map<std::string, std::weak_ptr<Lock>> byName_;
     int32_t nextHandle_ = 1;
 };
 
 }  // namespace
 
 NamedMutexPort& systemNamedMutex() {
-    static PosixNamedMutex mutex;
-    return mutex;
+    // Never destroyed: threads that end after main still release through it.
+    static auto* mutex = new PosixNamedMutex;
+    return *mutex;
 }
 
 }  // namespace ostrel::platform

@@ -4,14 +4,15 @@
 // its command line, else its short name). A program starts without a
 // terminal: in a session of its own, its standard streams on /dev/null, and
 // handed to init so that it never lingers as a zombie of its starter. The
-// command line is split into words as a shell would (quotes, no expansion of
-// commands); a program that can't be found raises 53, as the run time's
-// start does.
+// command line is split into words as the C run time of Windows splits it,
+// and nothing in it is expanded. A program that can't be found raises 53, as
+// the run time's start does; one that the system refuses to run (a folder,
+// a file without the x bit) 70, and one that is no program 5: the start
+// waits for the system's answer to exec.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <wordexp.h>
 
 #include <cerrno>
 #include <chrono>
@@ -25,6 +26,7 @@
 #include <vector>
 
 #include "platform/adapters.h"
+#include "platform/common/command_line.h"
 #include "runtime/automation_error.h"
 
 namespace ostrel::platform {
@@ -54,12 +56,12 @@ std::string exeFileOf(const std::string& pid) {
     return name;
 }
 
-// The program file a word names: as given when it holds a '/', else the
-// first executable of that name on PATH; "" when there is none.
+// The program file a word names: as given when it holds a '/' (exec tells
+// what is wrong with it), else the first executable of that name on PATH;
+// "" when there is none.
 std::string resolveProgram(const std::string& word) {
-    if (word.find('/') != std::string::npos) {
-        return ::access(word.c_str(), X_OK) == 0 ? word : std::string();
-    }
+    if (word.empty()) return std::string();
+    if (word.find('/') != std::string::npos) return word;
     const char* path = std::getenv("PATH");
     std::string rest = path ? path : "/usr/local/bin:/usr/bin:/bin";
     size_t start = 0;
@@ -112,21 +114,27 @@ class PosixProcesses final : public ProcessPort {
     int32_t lastError() override { return tlsLastError; }
 
     uint32_t start(std::string_view commandLine, int32_t) override {
-        wordexp_t words{};
-        if (::wordexp(std::string(commandLine).c_str(), &words, WRDE_NOCMD) != 0 ||
-            words.we_wordc == 0) {
-            ::wordfree(&words);
-            raise(kErrFileNotFound);
+        std::vector<std::string> words = splitCommandLine(commandLine);
+        const std::string program = resolveProgram(words.front());
+        if (program.empty()) raise(kErrFileNotFound);
+        std::vector<char*> argv;
+        for (std::string& word : words) argv.push_back(word.data());
+        argv.push_back(nullptr);
+        const Started started = spawnDetached(program.c_str(), argv.data());
+        switch (started.error) {
+            case 0:
+                return static_cast<uint32_t>(started.id);
+            case ENOENT:
+            case ENOTDIR:
+            case ENAMETOOLONG:
+            case ELOOP:
+                raise(kErrFileNotFound);
+            case EACCES:
+            case EPERM:
+                raise(kErrPermissionDenied);
+            default:
+                raise(kErrInvalidCall);
         }
-        const std::string program = resolveProgram(words.we_wordv[0]);
-        if (program.empty()) {
-            ::wordfree(&words);
-            raise(kErrFileNotFound);
-        }
-        const pid_t started = spawnDetached(program.c_str(), words.we_wordv);
-        ::wordfree(&words);
-        if (started <= 0) raise(kErrFileNotFound);
-        return static_cast<uint32_t>(started);
     }
 
     uint32_t tickCount() override {
@@ -156,22 +164,34 @@ class PosixProcesses final : public ProcessPort {
         return true;
     }
 
+    struct Started {
+        pid_t id = -1;
+        int error = 0;  // errno of the fork or the exec that failed
+    };
+
     // Forks twice: the middle process starts a session, forks the program and
-    // ends, so the program belongs to init. Only what is safe after a fork
-    // runs in the children; the program's id comes back through a pipe.
-    static pid_t spawnDetached(const char* program, char* const* argv) {
-        int pipe[2];
-        if (::pipe2(pipe, O_CLOEXEC) != 0) return -1;
+    // ends, so the program belongs to init. The middle one waits for the
+    // program's exec, which closes a close-on-exec pipe when it succeeds and
+    // sends its errno through it when it fails, and passes the id and the
+    // errno back through a pipe of its own. Only what is safe after a fork
+    // runs in the children.
+    static Started spawnDetached(const char* program, char* const* argv) {
+        int toStarter[2];
+        if (::pipe2(toStarter, O_CLOEXEC) != 0) return Started{-1, errno};
         const pid_t middle = ::fork();
         if (middle < 0) {
-            ::close(pipe[0]);
-            ::close(pipe[1]);
-            return -1;
+            const int error = errno;
+            ::close(toStarter[0]);
+            ::close(toStarter[1]);
+            return Started{-1, error};
         }
         if (middle == 0) {
             ::setsid();
-            const pid_t child = ::fork();
-            if (child == 0) {
+            Started started;
+            int fromProgram[2];
+            if (::pipe2(fromProgram, O_CLOEXEC) != 0) {
+                started.error = errno;
+            } else if ((started.id = ::fork()) == 0) {
                 const int null = ::open("/dev/null", O_RDWR);
                 if (null >= 0) {
                     ::dup2(null, 0);
@@ -179,22 +199,39 @@ class PosixProcesses final : public ProcessPort {
                     ::dup2(null, 2);
                 }
                 ::execv(program, argv);
+                const int error = errno;
+                (void)!::write(fromProgram[1], &error, sizeof error);
                 ::_exit(127);
+            } else {
+                if (started.id < 0) started.error = errno;
+                ::close(fromProgram[1]);
+                if (readOnce(fromProgram[0], &started.error, sizeof started.error) != 0 &&
+                    started.error != 0) {
+                    started.id = -1;
+                }
             }
-            const ssize_t written = ::write(pipe[1], &child, sizeof child);
-            ::_exit(written == sizeof child ? 0 : 1);
+            const ssize_t written = ::write(toStarter[1], &started, sizeof started);
+            ::_exit(written == sizeof started ? 0 : 1);
         }
-        ::close(pipe[1]);
-        pid_t child = -1;
-        ssize_t got = 0;
-        do {
-            got = ::read(pipe[0], &child, sizeof child);
-        } while (got < 0 && errno == EINTR);
-        ::close(pipe[0]);
+        ::close(toStarter[1]);
+        Started started;
+        if (readOnce(toStarter[0], &started, sizeof started) != sizeof started) {
+            started = Started{-1, ECHILD};
+        }
+        ::close(toStarter[0]);
         int status = 0;
         while (::waitpid(middle, &status, 0) < 0 && errno == EINTR) {
         }
-        return got == sizeof child ? child : -1;
+        return started;
+    }
+
+    // One read of a few bytes, again after a signal: what it got.
+    static ssize_t readOnce(int fd, void* into, size_t size) {
+        ssize_t got = 0;
+        do {
+            got = ::read(fd, into, size);
+        } while (got < 0 && errno == EINTR);
+        return got;
     }
 
     std::mutex lock_;
