@@ -12,9 +12,9 @@
 // with ';' or '#' are comments; lines that can't be read are kept as they
 // are. A save reads the file, changes one line and writes the whole file to
 // a temporary file that is renamed over the old one, so a crash never leaves
-// half a file (own_file_posix.h: never through a link, never over a file this
-// user may not write, the mode kept); an advisory lock on a file beside it keeps two savers from
-// losing each other's line.
+// half a file (own_file_posix.h: never through a link, never over a file
+// this user may not write, the mode kept); an advisory lock on a file beside
+// it keeps two savers from losing each other's line.
 //
 // No INI library is used: the ones at hand trim values and read ';' inside a
 // value as a comment, and a stored string must come back exactly as it went in.
@@ -190,7 +190,6 @@ class IniProgramSettings final : public ProgramSettingsPort {
         std::string content;
         for (const std::string& line : lines) content += line + "\n";
         return replaceOwnFile(file, content, 0600) == 0;
-        return true;
     }
 };
 
