@@ -21,9 +21,10 @@ class FileSystemPort {
     virtual bool deleteFile(std::string_view path, bool force) = 0;
     // OpenTextFile for appending in ANSI mode, creating a missing file (never
     // a missing folder), WriteLine (the text and CR LF), Close. False when the
-    // file could not be opened or written.
+    // file could not be opened or written, or is not a plain file (own_file.h).
     virtual bool appendLine(std::string_view path, std::string_view utf8Text) = 0;
-    // The whole content of a UTF-8 text file; nullopt when it can't be read.
+    // The whole content of a UTF-8 text file; nullopt when it can't be
+    // opened. A link, pipe, device or oversized file raises (own_file.h).
     virtual std::optional<std::string> readTextFile(std::string_view path) = 0;
 };
 

@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "foundation/builtin_data.h"
 #include "foundation/globals.h"
+#include "platform/own_file.h"
 #include "runtime/automation_error.h"
 #include "runtime/text.h"
 #include "ui/language_choice.h"
@@ -22,8 +21,8 @@ namespace {
 // The component whose English texts and pictures are built in.
 constexpr std::string_view kBuiltinComponent = "Ostrel";
 // Far beyond any real text file or picture: a bigger file is not ours.
-constexpr uintmax_t kMaxTextFileBytes = 1u << 20;
-constexpr uintmax_t kMaxPictureBytes = 4u << 20;
+constexpr uint64_t kMaxTextFileBytes = 1u << 20;
+constexpr uint64_t kMaxPictureBytes = platform::kMaxDataFileBytes;
 
 std::filesystem::path toPath(std::string_view utf8) {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
@@ -34,7 +33,7 @@ std::string nameOf(const std::filesystem::path& file) {
     return std::string(name.begin(), name.end());
 }
 
-[[noreturn]] void raiseBadFile(const std::filesystem::path& file, std::string_view what) {
+[[noreturn]] void raiseBadFile(const std::filesystem::path& file, const std::string& what) {
     raise(kErrInvalidCall, std::string(what) + ": " + nameOf(file));
 }
 
@@ -45,34 +44,15 @@ std::string nameOf(const std::filesystem::path& file) {
 }
 
 // The whole file; nullopt when there is nothing at that path. Anything there
-// that is not a readable regular file of a sane size raises, naming it.
+// that is not a plain file of a sane size (own_file.h) raises, naming it.
 // The store is read before the file system object exists (start-up binds the
 // language first), so it is read here directly.
-std::optional<std::string> readDataFile(const std::filesystem::path& file, uintmax_t limit) {
-    std::error_code ec;
-    const auto status = std::filesystem::status(file, ec);
-    if (status.type() == std::filesystem::file_type::not_found) return std::nullopt;
-    if (ec) raiseBadFile(file, "Can't read the language file");
-    if (status.type() == std::filesystem::file_type::directory) {
-        raiseBadFile(file, "The language file is a folder");
+std::optional<std::string> readDataFile(const std::filesystem::path& file, uint64_t limit) {
+    try {
+        return platform::readOwnFile(nameOf(file), limit);
+    } catch (const platform::OwnFileRefused& refused) {
+        raiseBadFile(file, "The language file " + refused.reason);
     }
-    // A pipe or a device would block or never end.
-    if (status.type() != std::filesystem::file_type::regular) {
-        raiseBadFile(file, "The language file is not a regular file");
-    }
-    const uintmax_t size = std::filesystem::file_size(file, ec);
-    if (ec) raiseBadFile(file, "Can't read the language file");
-    if (size > limit) raiseBadFile(file, "The language file is too large");
-
-    std::ifstream in(file, std::ios::binary);
-    std::string content(static_cast<size_t>(size), '\0');
-    if (!in || !in.read(content.data(), static_cast<std::streamsize>(size))) {
-        raiseBadFile(file, "Can't read the language file");
-    }
-    // A file that grew while read is cut at the size seen; one that shrank is damaged.
-    if (static_cast<uintmax_t>(in.gcount()) != size)
-        raiseBadFile(file, "Can't read the language file");
-    return content;
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -240,7 +240,7 @@ TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
     std::filesystem::resize_file(textFolder() / "Demo.en.txt", 3u << 20);
     clsLanguageText huge;
     EXPECT_EQ(errorTextOf([&] { huge.Initialise("Demo", folder); }),
-              "5 The language file is too large: " + file);
+              "5 The language file is larger than 1048576 bytes: " + file);
 
     std::filesystem::remove(textFolder() / "Demo.en.txt");
     std::filesystem::create_directory(textFolder() / "Demo.en.txt");

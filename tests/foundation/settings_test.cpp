@@ -121,6 +121,13 @@ TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
     save("Settings", "A", "2");
     EXPECT_EQ(fx.programSettings.values["App\\Settings\\A"], "2");
     EXPECT_EQ(file(), "<Root><Settings><A>1</A></Settings></Root>");
+
+    // A DTD, whatever it declares, makes the file damaged on every platform.
+    fx.install();
+    fx.programSettings.values.clear();
+    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    fx.writeSettings("<!DOCTYPE Settings [<!ENTITY e \"inside\">]><Settings><A>&e;</A></Settings>");
+    EXPECT_EQ(read("Settings", "A", "x"), "x");
 }
 
 TEST_F(Settings, FailuresEndInTheirMessagesAndTheDefault) {

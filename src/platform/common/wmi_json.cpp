@@ -15,6 +15,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "runtime/folded_index.h"
 #include "runtime/text.h"
 
 namespace ostrel::platform {
@@ -65,6 +66,33 @@ class LineCountingIterator {
     int* line_;
 };
 
+// The names met so far at one level, found by hash without regard to case,
+// so that a file of many classes or properties is still read in linear time.
+class NameSet {
+  public:
+    // False when the name is there already.
+    bool add(std::string_view name) {
+        std::string folded = lowerCase(name);
+        const size_t hash = FoldedIndex::hashOf(folded);
+        const auto keyOf = [this](size_t reference) -> std::string_view {
+            return names_[reference - 1];
+        };
+        if (index_.find(folded, hash, keyOf) != FoldedIndex::kNoSlot) return false;
+        index_.reserve(names_.size() + 1);
+        names_.push_back(std::move(folded));
+        index_.insert(hash, names_.size());
+        return true;
+    }
+    void clear() {
+        names_.clear();
+        index_.clear();
+    }
+
+  private:
+    std::vector<std::string> names_;
+    FoldedIndex index_;
+};
+
 // Builds the classes from the parser's events: an object of classes (depth 1),
 // arrays of objects (2), properties (3); a logon session's "Accounts" array (4)
 // of objects (5).
@@ -96,9 +124,11 @@ class InventoryBuilder {
                 break;
             case 2:
                 classes_.list.back().second.emplace_back();
+                properties_.clear();
                 break;
             case 4:
                 session().associated->emplace_back();
+                accountProperties_.clear();
                 break;
             default:
                 notAValue();
@@ -108,15 +138,11 @@ class InventoryBuilder {
     }
     bool key(string_t& name) {
         if (depth_ == 1) {
-            for (const auto& [known, records] : classes_.list) {
-                if (equalsText(known, name)) fail("the class " + name + " is there twice");
-            }
+            if (!classNames_.add(name)) fail("the class " + name + " is there twice");
             classes_.list.emplace_back(std::move(name), std::vector<WmiRecord>());
         } else {
-            const WmiRecord& record = depth_ == 3 ? current() : account();
-            for (const auto& [known, ignored] : record.properties) {
-                if (equalsText(known, name)) fail("the property " + name + " is there twice");
-            }
+            if (!(depth_ == 3 ? properties_ : accountProperties_).add(name))
+                fail("the property " + name + " is there twice");
             if (depth_ == 3 && isLogonSession() && equalsText(name, kAccounts)) {
                 if (current().associated) fail("the property " + name + " is there twice");
             }
@@ -197,6 +223,9 @@ class InventoryBuilder {
     WmiRecord& account() { return current().associated->back(); }
 
     WmiJsonProvider::Classes& classes_;
+    NameSet classNames_;
+    NameSet properties_;         // of the current object
+    NameSet accountProperties_;  // of the current account
     int depth_ = 0;
     std::string property_;
 };

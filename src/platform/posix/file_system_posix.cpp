@@ -1,11 +1,10 @@
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 
 #include "platform/adapters.h"
+#include "platform/own_file.h"
 
 namespace ostrel::platform {
 
@@ -42,43 +41,13 @@ class PosixFileSystem final : public FileSystemPort {
     }
 
     bool appendLine(std::string_view path, std::string_view utf8Text) override {
-        const std::string name(path);
         std::string line(utf8Text);
         line += "\r\n";
-        const int fd = ::open(name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-        if (fd < 0) return false;
-        bool written = true;
-        size_t done = 0;
-        while (done < line.size()) {
-            const ssize_t n = ::write(fd, line.data() + done, line.size() - done);
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) {
-                written = false;
-                break;
-            }
-            done += static_cast<size_t>(n);
-        }
-        return ::close(fd) == 0 && written;
+        return appendOwnFile(path, line);
     }
 
     std::optional<std::string> readTextFile(std::string_view path) override {
-        const std::string name(path);
-        const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd < 0) return std::nullopt;
-        std::string content;
-        char buffer[65536];
-        for (;;) {
-            const ssize_t n = ::read(fd, buffer, sizeof buffer);
-            if (n < 0 && errno == EINTR) continue;
-            if (n < 0) {
-                ::close(fd);
-                return std::nullopt;
-            }
-            if (n == 0) break;
-            content.append(buffer, static_cast<size_t>(n));
-        }
-        ::close(fd);
-        return content;
+        return readOwnFile(path, kMaxDataFileBytes);
     }
 
   private:

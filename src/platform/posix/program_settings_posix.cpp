@@ -12,8 +12,9 @@
 // with ';' or '#' are comments; lines that can't be read are kept as they
 // are. A save reads the file, changes one line and writes the whole file to
 // a temporary file that is renamed over the old one, so a crash never leaves
-// half a file; an advisory lock on a file beside it keeps two savers from
-// losing each other's line.
+// half a file (own_file_posix.h: never through a link, never over a file
+// this user may not write, the mode kept); an advisory lock on a file beside
+// it keeps two savers from losing each other's line.
 //
 // No INI library is used: the ones at hand trim values and read ';' inside a
 // value as a comment, and a stored string must come back exactly as it went in.
@@ -26,10 +27,13 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/adapters.h"
+#include "platform/own_file.h"
+#include "platform/posix/own_file_posix.h"
 #include "runtime/automation_error.h"
 #include "runtime/text.h"
 
@@ -77,23 +81,24 @@ std::string groupLine(std::string_view application, std::string_view section) {
     return "[" + encode(application, "=[]\\") + "\\" + encode(section, "=[]\\") + "]";
 }
 
-// The file's lines, without their ends; empty when there is no file.
+// The file's lines, without their ends; empty when there is no file. A link,
+// a pipe or an oversized file raises, naming it (own_file.h).
 std::vector<std::string> readLines(const std::string& file) {
     std::vector<std::string> lines;
-    FILE* in = std::fopen(file.c_str(), "rb");
-    if (!in) return lines;
-    std::string line;
-    for (int c = std::fgetc(in); c != EOF; c = std::fgetc(in)) {
-        if (c == '\n') {
-            if (!line.empty() && line.back() == '\r') line.pop_back();
-            lines.push_back(std::move(line));
-            line.clear();
+    const std::optional<std::string> content = readOwnFile(file, kMaxSettingsFileBytes);
+    if (!content) return lines;
+    std::string_view rest(*content);
+    while (!rest.empty()) {
+        const size_t end = rest.find('\n');
+        std::string_view line = rest.substr(0, end);
+        if (end == std::string_view::npos) {
+            rest = {};  // the last line, without an end: kept as it stands
         } else {
-            line += static_cast<char>(c);
+            rest.remove_prefix(end + 1);
+            if (line.ends_with('\r')) line.remove_suffix(1);
         }
+        lines.emplace_back(line);
     }
-    if (!line.empty()) lines.push_back(std::move(line));
-    std::fclose(in);
     return lines;
 }
 
@@ -155,13 +160,14 @@ class IniProgramSettings final : public ProgramSettingsPort {
         if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) raise(kErrInvalidCall);
 
         const std::string file = fileName();
-        const int lockFd = ::open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        if (lockFd < 0) raise(kErrInvalidCall);
-        while (::flock(lockFd, LOCK_EX) != 0 && errno == EINTR) {
+        struct Lock {
+            int fd;
+            ~Lock() { ::close(fd); }  // drops the lock
+        } lock{::open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)};
+        if (lock.fd < 0) raise(kErrInvalidCall);
+        while (::flock(lock.fd, LOCK_EX) != 0 && errno == EINTR) {
         }
-        const bool written = rewrite(file, application, section, key, value);
-        ::close(lockFd);  // drops the lock
-        if (!written) raise(kErrInvalidCall);
+        if (!rewrite(file, application, section, key, value)) raise(kErrInvalidCall);
     }
 
   private:
@@ -181,25 +187,9 @@ class IniProgramSettings final : public ProgramSettingsPort {
             lines.push_back(groupLine(application, section));
             lines.push_back(entry);
         }
-        std::string temporary = file + ".XXXXXX";
-        const int fd = ::mkstemp(temporary.data());
-        if (fd < 0) return false;
         std::string content;
         for (const std::string& line : lines) content += line + "\n";
-        size_t done = 0;
-        while (done < content.size()) {
-            const ssize_t n = ::write(fd, content.data() + done, content.size() - done);
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) break;
-            done += static_cast<size_t>(n);
-        }
-        const bool ok = done == content.size();  // the rename keeps it whole
-        ::close(fd);
-        if (!ok || ::rename(temporary.c_str(), file.c_str()) != 0) {
-            ::unlink(temporary.c_str());
-            return false;
-        }
-        return true;
+        return replaceOwnFile(file, content, 0600) == 0;
     }
 };
 

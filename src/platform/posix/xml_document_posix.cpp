@@ -3,21 +3,19 @@
 // async property changes nothing here. What pugixml doesn't do itself is done
 // as the document object does it: the rules of xml_rules.h, text as the
 // concatenation of the descendants' text, a failed load leaving an empty
-// document. A save goes to a temporary file
-// beside the target and is renamed over it, so a crash never leaves half a
-// file.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+// document. The file is read and replaced as a file of our own in a shared
+// folder (own_file.h): a save goes to a temporary file beside the target and
+// is renamed over it, so a crash never leaves half a file.
 #include <cerrno>
-#include <cstdio>
+#include <optional>
 #include <string>
 
 #include <pugixml.hpp>
 
 #include "platform/adapters.h"
 #include "platform/common/xml_rules.h"
+#include "platform/own_file.h"
+#include "platform/posix/own_file_posix.h"
 #include "runtime/automation_error.h"
 
 namespace ostrel::platform {
@@ -106,10 +104,21 @@ class PugiDocument final : public XmlDocument {
         unsigned int options =
             pugi::parse_default | pugi::parse_declaration | pugi::parse_comments | pugi::parse_pi;
         if (preserveWhiteSpace_) options |= pugi::parse_ws_pcdata;
-        const pugi::xml_parse_result result =
-            document_.load_file(std::string(path).c_str(), options, pugi::encoding_auto);
-        if (!result) document_.reset();  // what was parsed before the error goes too
-        return static_cast<bool>(result);
+        // A link, pipe or oversized file is as damaged as bad XML; so is a DTD,
+        // which the document object is told to refuse.
+        std::optional<std::string> content;
+        try {
+            content = readOwnFile(path, kMaxSettingsFileBytes);
+        } catch (const AutomationError&) {
+        }
+        pugi::xml_parse_result result;
+        if (content) {
+            result = document_.load_buffer(content->data(), content->size(),
+                                           options | pugi::parse_doctype, pugi::encoding_auto);
+        }
+        const bool loaded = result && !hasDoctype();
+        if (!loaded) document_.reset();  // what was parsed before the error goes too
+        return loaded;
     }
 
     XmlNode& node() override { return root_; }
@@ -122,41 +131,30 @@ class PugiDocument final : public XmlDocument {
     void save(std::string_view path) override {
         const std::string target(path);
         if (target.empty()) raiseXmlFailure("The path is empty.");
-        std::string temporary = target + ".XXXXXX";
-        const int fd = ::mkstemp(temporary.data());
-        if (fd < 0) raiseFileError(errno);
-        ::fchmod(fd, 0644);
-        FILE* file = ::fdopen(fd, "wb");
-        if (!file) {
-            const int error = errno;
-            ::close(fd);
-            ::unlink(temporary.c_str());
-            raiseFileError(error);
-        }
+        std::string content;
         struct Writer final : pugi::xml_writer {
-            FILE* file;
-            bool ok = true;
-            explicit Writer(FILE* f) : file(f) {}
+            std::string& content;
+            explicit Writer(std::string& c) : content(c) {}
             void write(const void* data, size_t size) override {
-                ok = ok && std::fwrite(data, 1, size, file) == size;
+                content.append(static_cast<const char*>(data), size);
             }
-        } writer(file);
+        } writer(content);
         // No declaration of our own, no white space: what the document object writes.
         document_.save(writer, "", pugi::format_raw | pugi::format_no_declaration,
                        pugi::encoding_utf8);
         // No fsync, as the document object has none: the rename keeps a
         // crashed process from leaving half a file.
-        const bool flushed = std::fflush(file) == 0;
-        const int error = errno;
-        std::fclose(file);
-        if (!writer.ok || !flushed || ::rename(temporary.c_str(), target.c_str()) != 0) {
-            const int renameError = errno;
-            ::unlink(temporary.c_str());
-            raiseFileError(writer.ok && flushed ? renameError : error);
-        }
+        if (const int error = replaceOwnFile(target, content, 0644)) raiseFileError(error);
     }
 
   private:
+    bool hasDoctype() const {
+        for (pugi::xml_node n = document_.first_child(); n; n = n.next_sibling()) {
+            if (n.type() == pugi::node_doctype) return true;
+        }
+        return false;
+    }
+
     [[noreturn]] static void raiseFileError(int error) {
         switch (error) {
             case ENOENT:
