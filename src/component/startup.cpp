@@ -9,6 +9,7 @@
 #include "foundation/wnc_registry.h"
 #include "machine/pc_info.h"
 #include "runtime/automation_error.h"
+#include "ui/display_error.h"
 #include "ui/language_text.h"
 #include "ui/resource_id_numbers.h"
 
@@ -23,7 +24,7 @@ constexpr int32_t kStyleCriticalStop = 16;
 // can't be shown is no reason to fail the host's creation.
 void showCriticalStop(const std::string& text) noexcept {
     try {
-        if (auto* box = apartment().ports.messageBox) box->show(text, kStyleCriticalStop, "");
+        gsubMsgBox(text, kStyleCriticalStop);
     } catch (...) {
     }
 }
@@ -41,7 +42,13 @@ void Main() {
     g.startState = StartState::Started;
     std::string strContext;
     try {
-        gobjLanguageText().Initialise(kComponentName, componentFolder());
+        try {
+            gobjLanguageText().Initialise(kComponentName, componentFolder());
+        } catch (...) {
+            // A damaged language file is told once; English stands in, and
+            // start-up goes on.
+            showCriticalStop(currentError().description);
+        }
 
         Ref<wncPCInfo> objPCInfo;
         try {

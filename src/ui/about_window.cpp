@@ -7,6 +7,7 @@
 #include "runtime/automation_error.h"
 #include "runtime/convert.h"
 #include "runtime/format.h"
+#include "ui/display_error.h"
 #include "ui/language_font.h"
 #include "ui/language_text.h"
 #include "ui/resource_id_numbers.h"
@@ -168,7 +169,7 @@ void StartSysInfo() {
     } catch (...) {
         // Whatever failed, the user hears the one message below.
     }
-    requirePort(g.ports.messageBox).show(kSysInfoUnavailable, kOkOnly, "");
+    gsubMsgBox(kSysInfoUnavailable, kOkOnly);
 }
 
 bool frmAboutClick(std::string_view controlName) {

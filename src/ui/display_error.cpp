@@ -24,12 +24,15 @@ std::string displayErrorText(std::string_view vstrLocation, int32_t vlngErrorNum
     return text;
 }
 
+void gsubMsgBox(std::string_view text, int32_t style, std::string_view title) {
+    requirePort(apartment().ports.messageBox)
+        .show(text, style, title.empty() ? kApplicationTitle : title);
+}
+
 void gsubDisplayError(std::string_view vstrLocation, int32_t vlngErrorNumber,
                       std::string_view vstrDescription, int32_t vlngStyle) {
     if (vlngStyle == 0) vlngStyle = kStyleExclamation;
-    requirePort(apartment().ports.messageBox)
-        .show(displayErrorText(vstrLocation, vlngErrorNumber, vstrDescription), vlngStyle,
-              kApplicationTitle);
+    gsubMsgBox(displayErrorText(vstrLocation, vlngErrorNumber, vstrDescription), vlngStyle);
 }
 
 }  // namespace ostrel

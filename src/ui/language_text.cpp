@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <exception>
 #include <filesystem>
 #include <iterator>
 #include <utility>
@@ -69,28 +70,18 @@ std::optional<int32_t> numberOf(std::string_view text) {
     return number;
 }
 
-// \n is a line break (CR LF, as message boxes take it), \t a tab, \\ a backslash.
-std::optional<std::string> unescape(std::string_view raw) {
+// \n is a line break (CR LF, as message boxes take it), \\ a backslash; any
+// other backslash stands as itself, so that a path such as C:\temp survives.
+std::string unescape(std::string_view raw) {
     std::string text;
     text.reserve(raw.size());
     for (size_t i = 0; i < raw.size(); ++i) {
-        if (raw[i] != '\\') {
+        const char next = i + 1 < raw.size() ? raw[i + 1] : '\0';
+        if (raw[i] == '\\' && (next == 'n' || next == '\\')) {
+            text += next == 'n' ? "\r\n" : "\\";
+            ++i;
+        } else {
             text += raw[i];
-            continue;
-        }
-        if (++i == raw.size()) return std::nullopt;
-        switch (raw[i]) {
-            case 'n':
-                text += "\r\n";
-                break;
-            case 't':
-                text += '\t';
-                break;
-            case '\\':
-                text += '\\';
-                break;
-            default:
-                return std::nullopt;
         }
     }
     return text;
@@ -170,9 +161,7 @@ clsLanguageText::Store parseStore(std::string_view content, const std::filesyste
         switch (kind) {
             case Kind::Text: {
                 // The raw line, so that a text's trailing blanks survive.
-                auto text = unescape(line.substr(line.find('=') + 1));
-                if (!text) raiseBadLine(file, lineNumber);
-                store.texts.emplace(*number, std::move(*text));
+                store.texts.emplace(*number, unescape(line.substr(line.find('=') + 1)));
                 break;
             }
             case Kind::Font: {
@@ -246,6 +235,18 @@ clsLanguageText::Store builtinStore() {
     return store;
 }
 
+// Adds the entries of `more` that `store` lacks.
+void mergeBeneath(clsLanguageText::Store& store, clsLanguageText::Store more) {
+    store.texts.merge(more.texts);
+    store.fonts.merge(more.fonts);
+    store.pictureFiles.merge(more.pictureFiles);
+}
+
+[[noreturn]] void raiseNoEntry(std::string_view kind, int32_t number) {
+    raise(kErrInvalidCall,
+          "There is no " + std::string(kind) + " number " + std::to_string(number));
+}
+
 }  // namespace
 
 void clsLanguageText::Initialise(std::string_view componentName, std::string_view componentFolder,
@@ -259,46 +260,45 @@ void clsLanguageText::Initialise(std::string_view componentName, std::string_vie
     pictures_.clear();
 
     const LanguageChoice choice = chooseLanguage();
-    const bool builtinAtHand = componentName == kBuiltinComponent;
-    auto useEnglish = [&](Store store) {
-        store_ = std::move(store);
-        fromBuiltin_ = false;
-        suffix1_ = "en";
-        suffix2_ = choice.language == "en" ? choice.tag : "en-US";
-    };
-
+    // The region's file, the language's, then English, entry by entry: a
+    // text that a translation lacks is the English one. A damaged file is
+    // left out, and the first damage is raised once everything is bound.
+    store_ = Store();
+    fromBuiltin_ = true;
+    suffix1_ = "en";
+    suffix2_ = choice.language == "en" ? choice.tag : "en-US";
+    std::exception_ptr damage;
     std::filesystem::path file;
-    try {
-        for (const std::string& candidate : choice.fileLanguages()) {
-            file = toPath(componentFolder) /
-                   toPath(std::string(componentName) + "." + candidate + ".txt");
-            const auto content = readDataFile(file, kMaxTextFileBytes);
+    for (const std::string& candidate : choice.fileLanguages()) {
+        file =
+            toPath(componentFolder) / toPath(std::string(componentName) + "." + candidate + ".txt");
+        try {
+            auto content = readDataFile(file, kMaxTextFileBytes);
             if (!content) continue;
-            Store store = parseStore(*content, file);
-            if (candidate == "en") {
-                useEnglish(std::move(store));
-            } else {
-                store_ = std::move(store);
-                fromBuiltin_ = false;
-                suffix1_ = choice.language;
-                suffix2_ = choice.tag;
-            }
-            return;
+            mergeBeneath(store_, parseStore(*content, file));
+        } catch (...) {
+            if (!damage) damage = std::current_exception();
+            continue;
         }
-    } catch (...) {
-        // Bound all the same, so that the windows still have texts.
-        useEnglish(builtinAtHand ? builtinStore() : Store());
-        fromBuiltin_ = builtinAtHand;
-        throw;
+        if (fromBuiltin_ && candidate != "en") {
+            suffix1_ = choice.language;
+            suffix2_ = choice.tag;
+        }
+        fromBuiltin_ = false;
     }
-    useEnglish(builtinAtHand ? builtinStore() : Store());
-    fromBuiltin_ = builtinAtHand;
-    if (!builtinAtHand) raise(kErrFileNotFound, "File not found: " + nameOf(file));
+    const bool builtinAtHand = componentName == kBuiltinComponent;
+    if (builtinAtHand) mergeBeneath(store_, builtinStore());
+    fromBuiltin_ = fromBuiltin_ && builtinAtHand;
+    if (damage) std::rethrow_exception(damage);
+    if (store_.texts.empty() && store_.fonts.empty() && store_.pictureFiles.empty() &&
+        !builtinAtHand) {
+        raise(kErrFileNotFound, "File not found: " + nameOf(file));
+    }
 }
 
 std::string clsLanguageText::GetText(int32_t textNumber) const {
     const auto found = store_.texts.find(textNumber);
-    if (found == store_.texts.end()) raise(kErrInvalidCall);
+    if (found == store_.texts.end()) raiseNoEntry("text", textNumber);
     return found->second;
 }
 
@@ -332,7 +332,7 @@ std::shared_ptr<const Picture> clsLanguageText::GetPicture(int32_t pictureNumber
         return cached->second;
     }
     const auto entry = store_.pictureFiles.find(pictureNumber);
-    if (entry == store_.pictureFiles.end()) raise(kErrInvalidCall);
+    if (entry == store_.pictureFiles.end()) raiseNoEntry("picture", pictureNumber);
     const std::string& name = entry->second;
 
     const std::filesystem::path file = toPath(boundFolder_) / toPath(name);
@@ -356,7 +356,7 @@ std::shared_ptr<const Picture> clsLanguageText::GetPicture(int32_t pictureNumber
 
 void clsLanguageText::ApplyFont(int32_t textNumber, Font& font) const {
     const auto found = store_.fonts.find(textNumber);
-    if (found == store_.fonts.end()) raise(kErrInvalidCall);
+    if (found == store_.fonts.end()) raiseNoEntry("font entry", textNumber);
     const int32_t charset = font.charset;  // the caller's, set from text 279
     font = found->second;
     font.charset = charset;

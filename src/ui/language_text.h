@@ -18,12 +18,14 @@ namespace ostrel {
 class clsLanguageText : public Object {
   public:
     // Binds the object to the component; repeated with the same values it is
-    // harmless and cheap. The third argument is accepted and not used. A text
-    // file that can't be read raises once, naming the file (and line); the
-    // object is then bound to the built-in English texts.
+    // harmless and cheap. The third argument is accepted and not used. A
+    // translation's missing entries are the English ones, number by number.
+    // A text file that can't be read is left out and raises once, naming the
+    // file (and line), after the object is bound to the other files and the
+    // built-in English texts.
     void Initialise(std::string_view componentName, std::string_view componentFolder,
                     std::optional<std::string_view> third = std::nullopt);
-    // Raises 5 for a number that has no text.
+    // Raises 5 for a number that has no text, naming the number.
     std::string GetText(int32_t textNumber) const;
     // The text with up to four inserts placed at %1..%4; an omitted insert leaves its marker empty.
     std::string GetFormattedText(int32_t textNumber,

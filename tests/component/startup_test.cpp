@@ -43,24 +43,31 @@ void expectFailedOnce(TestApartment& fx, const std::string& text) {
     ASSERT_EQ(fx.messageBox.shown.size(), 1u);
     EXPECT_EQ(fx.messageBox.shown[0].text, text);
     EXPECT_EQ(fx.messageBox.shown[0].style, 16);
-    EXPECT_EQ(fx.messageBox.shown[0].title, "");
+    EXPECT_EQ(fx.messageBox.shown[0].title, "Ostrel") << "the run time's title";
     EXPECT_EQ(apartment().startState, StartState::Failed);
     ensureStarted();
     EXPECT_EQ(fx.messageBox.shown.size(), 1u) << "no retry";
 }
 
-TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStopsThere) {
+TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStartUpGoesOn) {
     TestApartment fx;
+    fx.writeMarker();
     fx.environment.folder = fakes::utf8Of(fx.programData);
     fakes::writeBytes(fx.programData / "Ostrel.en.txt", "108=Ostrel\nno text here\n");
     fx.install();
-    expectFailedOnce(fx,
-                     "Bad text at line 2 of " + fakes::utf8Of(fx.programData / "Ostrel.en.txt"));
-    EXPECT_FALSE(apartment().gobjFileSystem) << "the globals stay as far as the steps got";
+    ensureStarted();
+    ASSERT_EQ(fx.messageBox.shown.size(), 1u);
+    EXPECT_EQ(fx.messageBox.shown[0].text,
+              "Bad text at line 2 of " + fakes::utf8Of(fx.programData / "Ostrel.en.txt"));
+    EXPECT_EQ(fx.messageBox.shown[0].style, 16);
+    EXPECT_EQ(apartment().startState, StartState::Started);
+    EXPECT_TRUE(apartment().gobjFileSystem && apartment().gobjPCInfo) << "to the end";
+    EXPECT_EQ(glngDebugLevel(), 1);
     // Every record binds again: the file is not reported a second time, and
     // the built-in English texts stand in.
     EXPECT_NO_THROW(gobjLanguageText().Initialise("Ostrel", fx.environment.folder));
-    EXPECT_EQ(gobjLanguageText().GetText(108), "Ostrel");
+    EXPECT_EQ(gobjLanguageText().GetText(131), "OK");
+    EXPECT_EQ(fx.messageBox.shown.size(), 1u);
 }
 
 TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {

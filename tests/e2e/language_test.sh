@@ -28,7 +28,7 @@ CASES
 run language text 338 --insert WNCRegistry --insert 429 --insert "Can't"
 check "text with inserts" '[ "$out" = "Unable to create WNCRegistry."$'"'\n'"'"Error 429: Can'"'"'t" ]'
 run language text 4711
-check "a number without text: error 5, exit 1" '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 5: Invalid procedure call or argument" ]'
+check "a number without text: error 5 naming it, exit 1" '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 5: There is no text number 4711" ]'
 
 # Both forms of a file's variant, the second suffix first.
 mkdir "$work/files"
@@ -70,15 +70,18 @@ check "help without xdg-open: a clear error" \
     '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 53: There is no xdg-open to open the help file $work/alone/Guideen.chm" ]'
 
 # A damaged or odd text file is reported once, by name and line, however
-# many product records bind the texts again.
+# many product records bind the texts again; start-up goes on to the end.
 printf '108=Ostrel\n131=OK\n312=cut \xc3' >"$work/alone/Ostrel.de.txt"
-run --registry "$fixtures/catalogue.reg" catalogue
-check "damaged file: one report naming file and line" \
-    '[ "$err" = "Not UTF-8 at line 3 of $work/alone/Ostrel.de.txt" ]'
+mkdir -p "$work/data/QUORL"
+touch "$work/data/QUORL/debug_ot"
+ProgramData="$work/data" run --registry "$fixtures/catalogue.reg" catalogue
+check "damaged file: one report naming file and line, and the catalogue read" \
+    '[ "$err" = "Ostrel: Not UTF-8 at line 3 of $work/alone/Ostrel.de.txt" ] && [ "$(tail -n 1 <<<"$out")" = "3 products" ]'
+check "damaged file: diagnostics started" '[ -s "$work/data/QUORL/ot.log" ]'
 rm "$work/alone/Ostrel.de.txt"
 mkdir "$work/alone/Ostrel.de.txt"
 run language text 108
 check "a folder for a text file: named, and the English texts stand in" \
-    '[ "$err" = "The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]'
+    '[ "$err" = "Ostrel: The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]'
 
 finish language_test

@@ -53,13 +53,15 @@ TEST_F(LanguageText, ReadsTheStoreFormat) {
         "1=plain\r\n"
         " 2 =  blanks kept\n"
         "3=a=b\n"
-        "4=line\\none\\ttab \\\\ Grüße");
+        "4=line\\none\ttab \\\\ Grüße\n"
+        "5=C:\\temp\\ C:\\q\\");
     text.Initialise("Demo", folder);
     EXPECT_EQ(text.GetText(1), "plain");
     EXPECT_EQ(text.GetText(2), "  blanks kept");
     EXPECT_EQ(text.GetText(3), "a=b");
     EXPECT_EQ(text.GetText(4), "line\r\none\ttab \\ Grüße");
-    EXPECT_EQ(errorNumberOf([&] { text.GetText(5); }), 5);
+    EXPECT_EQ(text.GetText(5), "C:\\temp\\ C:\\q\\") << "any other backslash stands as itself";
+    EXPECT_EQ(errorTextOf([&] { text.GetText(6); }), "5 There is no text number 6");
 }
 
 TEST_F(LanguageText, PlacesInsertsInOnePass) {
@@ -74,8 +76,8 @@ TEST_F(LanguageText, PlacesInsertsInOnePass) {
 }
 
 TEST_F(LanguageText, RejectsABrokenFile) {
-    for (const char* broken : {"no equals sign\n", "x=text\n", "1=a\n1=b\n", "1=bad \\q\n",
-                               "=empty number\n", "99999999999=too big\n"}) {
+    for (const char* broken : {"no equals sign\n", "x=text\n", "1=a\n1=b\n", "=empty number\n",
+                               "99999999999=too big\n"}) {
         clsLanguageText fresh;
         const std::string folder = writeTexts(broken);
         EXPECT_EQ(errorNumberOf([&] { fresh.Initialise("Demo", folder); }), 5) << broken;
@@ -102,8 +104,9 @@ TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAFailureIsReportedOnce) {
 }
 
 TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
-    writeTexts("1=English\n");
-    writeBytes(textFolder() / "Demo.de.txt", "1=Deutsch\n");
+    // Each translation lacks a text: the next file's text of that number stands in.
+    writeTexts("1=English\n2=English 2\n3=English 3\n");
+    writeBytes(textFolder() / "Demo.de.txt", "1=Deutsch\n2=Deutsch 2\n");
     writeBytes(textFolder() / "Demo.de-AT.txt", "1=Österreichisch\n");
     struct Case {
         const char* override;  // OSTREL_LANGUAGE, nullptr for unset
@@ -133,6 +136,8 @@ TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
         clsLanguageText fresh;
         fresh.Initialise("Demo", utf8Of(textFolder()));
         EXPECT_EQ(fresh.GetText(1), c.text);
+        EXPECT_EQ(fresh.GetText(2), c.suffix1 == std::string("de") ? "Deutsch 2" : "English 2");
+        EXPECT_EQ(fresh.GetText(3), "English 3");
         std::string suffix1(100, ' '), suffix2(100, ' ');
         fresh.GetLanguageSuffixes(suffix1, suffix2);
         EXPECT_EQ(suffix1, c.suffix1);

@@ -115,8 +115,8 @@ TEST_F(AboutWindow, CaptionIsTheNameAloneWithAnEmptyText312) {
 }
 
 TEST_F(AboutWindow, LoadHasNoTrap) {
-    bindTexts({}, {"313"});
-    EXPECT_EQ(errorNumberOf([] { frmAboutLoad(); }), 5);
+    bindTexts({"picture 286=missing.ico"});
+    EXPECT_EQ(errorNumberOf([] { frmAboutLoad(); }), 53);
 }
 
 TEST_F(AboutWindow, LanguageFontNeedsANumericCharacterSet) {
@@ -258,7 +258,7 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
             EXPECT_EQ(fx.messageBox.shown[0].text,
                       "System Information Is Unavailable At This Time");
             EXPECT_EQ(fx.messageBox.shown[0].style, 0);
-            EXPECT_EQ(fx.messageBox.shown[0].title, "");
+            EXPECT_EQ(fx.messageBox.shown[0].title, "Ostrel");
         } else {
             EXPECT_EQ(fx.processes.started, std::vector<std::string>{c.started});
             EXPECT_TRUE(fx.messageBox.shown.empty());
