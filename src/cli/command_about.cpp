@@ -14,8 +14,6 @@ namespace ostrel::cli {
 
 namespace {
 
-bool json = false;
-
 Record box(int32_t left, int32_t top, int32_t width, int32_t height) {
     return Record{{"Left", left}, {"Top", top}, {"Width", width}, {"Height", height}};
 }
@@ -83,7 +81,7 @@ Record formRecord(const Form& form, int32_t dpi) {
 
 int run() {
     try {
-        if (json) {
+        if (globalOptions().json) {
             const int32_t dpi = requirePort(apartment().ports.windowing).dotsPerInch();
             std::cout << formRecord(frmAboutLoad(dpi), dpi).dump(2) << '\n';
         } else {
@@ -99,7 +97,7 @@ int run() {
 [[maybe_unused]] const bool registered = registerCommand({
     "about",
     "Show the About window (Windows); --json prints it as the component builds it",
-    [](CLI::App& app) { app.add_flag("--json", json, "Print the window as one JSON object"); },
+    {},
     run,
 });
 

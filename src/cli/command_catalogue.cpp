@@ -1,6 +1,4 @@
 // catalogue: a new collection, ReadAll, and the records in the collection's order.
-#include <algorithm>
-#include <array>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -16,37 +14,12 @@ namespace ostrel::cli {
 
 namespace {
 
-bool json = false;
-
-void printTable(const std::vector<Ref<wncSoftwareProduct>>& products) {
-    using Row = std::array<std::string, 5>;
-    std::vector<Row> rows{{"PartNumber", "ProductName", "Version", "BuildID", "ApplicationPath"}};
-    for (const auto& product : products) {
-        rows.push_back({product->PartNumber(), product->ProductName(), product->VersionString(),
-                        product->BuildID(), product->ApplicationPath()});
-    }
-    std::array<size_t, 5> widths{};
-    for (const Row& row : rows) {
-        for (size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], row[column].size());
-        }
-    }
-    for (const Row& row : rows) {
-        std::string line;
-        for (size_t column = 0; column < row.size(); ++column) {
-            line += row[column];
-            if (column + 1 < row.size())
-                line += std::string(widths[column] - row[column].size() + 2, ' ');
-        }
-        std::cout << line << '\n';
-    }
-}
-
 int run() {
+    announceRegistrySource();
     const OwnedProducts catalogue(newSoftwareProducts());
     catalogue->ReadAll();
     const std::vector<Ref<wncSoftwareProduct>> products = catalogue->items();
-    if (json) {
+    if (globalOptions().json) {
         // Written record by record: a large catalogue is never held twice.
         JsonArrayWriter out(std::cout);
         for (const auto& product : products) {
@@ -58,8 +31,13 @@ int run() {
         out.finish();
         return kExitOk;
     }
-    std::cout << "Registry: " << registrySource() << "\n\n";
-    printTable(products);
+    std::vector<std::vector<std::string>> rows{
+        {"PartNumber", "ProductName", "Version", "BuildID", "ApplicationPath"}};
+    for (const auto& product : products) {
+        rows.push_back({product->PartNumber(), product->ProductName(), product->VersionString(),
+                        product->BuildID(), product->ApplicationPath()});
+    }
+    printTable(std::cout, rows);
     std::cout << '\n'
               << products.size() << (products.size() == 1 ? " product" : " products") << '\n';
     return kExitOk;
@@ -68,7 +46,7 @@ int run() {
 [[maybe_unused]] const bool registered = registerCommand({
     "catalogue",
     "List the installed products of the family, in the order of their part numbers",
-    [](CLI::App& app) { app.add_flag("--json", json, "Print a JSON array of the records"); },
+    {},
     run,
 });
 

@@ -3,19 +3,23 @@
 
 #include "catalogue/toolbar.h"
 #include "commands.h"
+#include "output.h"
+#include "registry_source.h"
 
 namespace ostrel::cli {
 
 namespace {
 
 int run() {
-    std::cout << gfstrGetInstallDir() << '\n';
-    return kExitOk;
+    announceRegistrySource();
+    const std::string folder = gfstrGetInstallDir();
+    const Record record{{"InstallDir", folder.empty() ? Record(nullptr) : Record(folder)}};
+    return emit(record, folder, folder.empty() ? kExitNotObtained : kExitOk);
 }
 
 [[maybe_unused]] const bool registered = registerCommand({
     "install-dir",
-    "Print the family's installation folder (empty line if none)",
+    "Print the family's installation folder (empty line and exit 3 if none)",
     {},
     run,
 });

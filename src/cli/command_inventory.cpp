@@ -23,8 +23,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-bool json = false;
-
 Json jsonOf(const Variant& value) {
     const auto& storage = value.storage();
     if (const auto* text = std::get_if<std::string>(&storage)) return *text;
@@ -84,7 +82,7 @@ Json savedInventory(platform::WmiServices& services) {
 }
 
 int run() {
-    if (json) {
+    if (globalOptions().json) {
         std::unique_ptr<platform::WmiServices> services;
         try {
             services = requirePort(apartment().ports.wmi)
@@ -114,12 +112,9 @@ int run() {
 
 [[maybe_unused]] const bool registered = registerCommand({
     "inventory",
-    "Print the WMI inventory text (CR LF line ends); exit 3 when WMI can't be reached",
-    [](CLI::App& app) {
-        app.add_flag("--json", json,
-                     "Print the WMI objects the inventory reads, one array per class (what "
-                     "--wmi FILE replays)");
-    },
+    "Print the WMI inventory text (CR LF line ends); --json: the WMI objects it reads, one array "
+    "per class (what --wmi FILE replays); exit 3 when WMI can't be reached",
+    {},
     run,
 });
 

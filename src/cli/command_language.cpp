@@ -11,6 +11,7 @@
 
 #include "commands.h"
 #include "foundation/globals.h"
+#include "output.h"
 #include "runtime/automation_error.h"
 #include "ui/language_text.h"
 #include "ui/localised_files.h"
@@ -27,10 +28,33 @@ CLI::App* textCommand = nullptr;
 CLI::App* suffixesCommand = nullptr;
 CLI::App* localisedCommand = nullptr;
 
-void printSuffixes() {
+int printSuffixes() {
     std::string suffix1, suffix2;
     gobjLanguageText().GetLanguageSuffixes(suffix1, suffix2);
-    std::cout << suffix1 << '\n' << suffix2 << '\n';
+    return emit(Record{{"Suffixes", {suffix1, suffix2}}}, suffix1 + '\n' + suffix2, kExitOk);
+}
+
+int printText() {
+    if (inserts.size() > 4) {
+        std::cerr << "ostrel: four inserts at most\n";
+        return kExitUsage;
+    }
+    auto insert = [](size_t i) -> std::optional<std::string_view> {
+        return i < inserts.size() ? std::optional<std::string_view>(inserts[i]) : std::nullopt;
+    };
+    const std::string text = inserts.empty()
+                                 ? gobjLanguageText().GetText(textNumber)
+                                 : gobjLanguageText().GetFormattedText(
+                                       textNumber, insert(0), insert(1), insert(2), insert(3));
+    return emit(Record{{"Number", textNumber}, {"Text", text}}, text, kExitOk);
+}
+
+int printLocalisedFile() {
+    const std::string localised =
+        gfstrGetLocalisedFileName(file, direct ? SuffixForm::Direct : SuffixForm::Underscore);
+    const Record record{{"File", file},
+                        {"LocalisedFile", localised.empty() ? Record(nullptr) : Record(localised)}};
+    return emit(record, localised, localised.empty() ? kExitNotObtained : kExitOk);
 }
 
 int showHelp() {
@@ -40,39 +64,17 @@ int showHelp() {
         std::cerr << "ostrel: no help file in this language for " << file << '\n';
         return kExitNotObtained;
     }
-    std::cout << apartment().helpFile << '\n';
+    emit(Record{{"HelpFile", apartment().helpFile}}, apartment().helpFile, kExitOk);
     msubShowHelpFile(entry);
     return kExitOk;
 }
 
 int run() {
     try {
-        if (textCommand->parsed()) {
-            if (inserts.size() > 4) {
-                std::cerr << "ostrel: four inserts at most\n";
-                return kExitUsage;
-            }
-            if (inserts.empty()) {
-                std::cout << gobjLanguageText().GetText(textNumber) << '\n';
-            } else {
-                auto insert = [](size_t i) -> std::optional<std::string_view> {
-                    return i < inserts.size() ? std::optional<std::string_view>(inserts[i])
-                                              : std::nullopt;
-                };
-                std::cout << gobjLanguageText().GetFormattedText(textNumber, insert(0), insert(1),
-                                                                 insert(2), insert(3))
-                          << '\n';
-            }
-        } else if (suffixesCommand->parsed()) {
-            printSuffixes();
-        } else if (localisedCommand->parsed()) {
-            std::cout << gfstrGetLocalisedFileName(
-                             file, direct ? SuffixForm::Direct : SuffixForm::Underscore)
-                      << '\n';
-        } else {
-            return showHelp();
-        }
-        return kExitOk;
+        if (textCommand->parsed()) return printText();
+        if (suffixesCommand->parsed()) return printSuffixes();
+        if (localisedCommand->parsed()) return printLocalisedFile();
+        return showHelp();
     } catch (const AutomationError& error) {
         std::cerr << "ostrel: error " << error.number << ": " << error.description << '\n';
         return kExitFailure;
@@ -91,7 +93,8 @@ int run() {
         suffixesCommand =
             app.add_subcommand("suffixes", "Print the two file-name suffixes, a line each");
         localisedCommand = app.add_subcommand(
-            "localised-file", "Print the language's variant of a file (empty when there is none)");
+            "localised-file",
+            "Print the language's variant of a file (empty, exit 3, when there is none)");
         localisedCommand->add_option("FILE", file, "The file")->required();
         localisedCommand->add_flag("--direct", direct,
                                    "The suffix right behind the name, as help files have it");

@@ -9,6 +9,7 @@
 
 #include "commands.h"
 #include "foundation/named_mutex.h"
+#include "output.h"
 
 namespace ostrel::cli {
 
@@ -20,7 +21,9 @@ int32_t holdMs = 0;
 
 int run() {
     int32_t handle = GetMutex(name, timeoutMs);
-    std::cout << handle << std::endl;  // flushed: a watcher knows the lock is held
+    const Record record{{"Name", name}, {"Handle", handle}, {"Obtained", handle > 0}};
+    emit(record, std::to_string(handle), kExitOk);
+    std::cout.flush();  // a watcher knows the lock is held
     if (handle > 0 && holdMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(holdMs));
     const bool obtained = handle > 0;
     ReleaseMutexHandle(handle);

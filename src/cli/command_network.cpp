@@ -11,13 +11,12 @@ namespace ostrel::cli {
 
 namespace {
 
-bool json = false;
 std::string interfaceName;
 CLI::App* cardsCommand = nullptr;
 CLI::App* adaptersCommand = nullptr;
 
 void printNames(const NameList& names) {
-    if (json) {
+    if (globalOptions().json) {
         Record list = Record::array();
         for (const auto& entry : names) list.push_back(entry.item);
         std::cout << list.dump(2) << '\n';
@@ -34,8 +33,9 @@ int run() {
     } else {
         const Ref<Dictionary> data = gfdicGetInterfaceData(interfaceName);
         if (!data) {
-            std::cout << (json ? "null" : "Nothing") << '\n';
-            return kExitOk;
+            std::cerr << "ostrel: the values of interface '" << interfaceName
+                      << "' could not be read\n";
+            return emit(nullptr, "Nothing", kExitNotObtained);
         }
         Record record = Record::object();
         for (const auto& [key, item] : *data) {
@@ -45,7 +45,11 @@ int run() {
                 record[key] = *item.getIf<std::string>();
             }
         }
-        printRecord(std::cout, record, json);
+        printRecord(std::cout, record, globalOptions().json);
+        if (record.empty()) {
+            std::cerr << "ostrel: no interface '" << interfaceName << "'\n";
+            return kExitNotObtained;
+        }
     }
     return kExitOk;
 }
@@ -59,11 +63,9 @@ int run() {
         cardsCommand = app.add_subcommand("cards", "The service names of the network cards");
         adaptersCommand = app.add_subcommand("adapters", "The names of the TCP/IP adapters");
         CLI::App* one = app.add_subcommand(
-            "interface", "The TCP/IP values of one interface (Nothing after a failure)");
+            "interface",
+            "The TCP/IP values of one interface (Nothing after a failure); exit 3 for none");
         one->add_option("NAME", interfaceName, "The interface's key name")->required();
-        for (CLI::App* sub : {cardsCommand, adaptersCommand, one}) {
-            sub->add_flag("--json", json, "Print JSON: an array of names, or one object");
-        }
     },
     run,
 });

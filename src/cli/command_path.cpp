@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "foundation/paths.h"
+#include "output.h"
 
 namespace ostrel::cli {
 
@@ -20,13 +21,17 @@ CLI::App* deleteCommand = nullptr;
 
 int run() {
     if (longCommand->parsed()) {
-        std::cout << gfstrGetLongPathFilename(path) << '\n';
-    } else if (deleteCommand->parsed()) {
-        std::cout << (gfblnDeleteFile(path) ? "True" : "False") << '\n';
-    } else {
-        std::cout << gfstrBrowseForFolder(0, title, kBrowseOptions, root) << '\n';
+        const std::string longPath = gfstrGetLongPathFilename(path);
+        return emit(Record{{"Path", path}, {"LongPath", longPath}}, longPath, kExitOk);
     }
-    return kExitOk;
+    if (deleteCommand->parsed()) {
+        const bool gone = gfblnDeleteFile(path);
+        return emit(Record{{"File", path}, {"Deleted", gone}}, gone ? "True" : "False",
+                    gone ? kExitOk : kExitNotDone);
+    }
+    const std::string folder = gfstrBrowseForFolder(0, title, kBrowseOptions, root);
+    return emit(Record{{"Folder", folder.empty() ? Record(nullptr) : Record(folder)}}, folder,
+                kExitOk);
 }
 
 [[maybe_unused]] const bool registered = registerCommand({
@@ -37,7 +42,9 @@ int run() {
         longCommand = app.add_subcommand("long", "Print the long form of a path");
         longCommand->add_option("PATH", path, "The path")->required();
         deleteCommand = app.add_subcommand(
-            "delete", "Delete a file (read-only too); print True when it is not there afterwards");
+            "delete",
+            "Delete a file (read-only too); print True when it is not there afterwards (else "
+            "False, exit 4)");
         deleteCommand->add_option("FILE", path, "The file")->required();
         CLI::App* browse = app.add_subcommand(
             "browse", "Ask for a folder and print it (an empty line when cancelled)");

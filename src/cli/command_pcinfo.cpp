@@ -9,8 +9,6 @@ namespace ostrel::cli {
 
 namespace {
 
-bool json = false;
-
 int run() {
     const Ref<wncPCInfo> info = gfobjGetPCInfo();
     Record record;
@@ -29,14 +27,14 @@ int run() {
     record["IsX64Based"] = info->IsX64Based();
     record["IsXPOrHigher"] = info->IsXPOrHigher();
     record["IsXPEmbedded"] = info->IsXPEmbedded();
-    printRecord(std::cout, record, json);
+    printRecord(std::cout, record, globalOptions().json);
     return kExitOk;
 }
 
 [[maybe_unused]] const bool registered = registerCommand({
     "pcinfo",
     "Show the machine facts: computer and user names and the system's classification",
-    [](CLI::App& app) { app.add_flag("--json", json, "Print one JSON object"); },
+    {},
     run,
 });
 

@@ -1,11 +1,16 @@
 // settings get|set: the application settings, as the component reads and
-// stores them. Both exit 0 whatever happened inside: the routines report
-// nothing to their caller, and what went wrong is in the log.
+// stores them. The routines report nothing to their caller; set watches the
+// component's debugger stream for its failure lines, and exits 4 with the
+// line on stderr when one came.
+#include <algorithm>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "commands.h"
+#include "debug_watch.h"
 #include "foundation/settings.h"
+#include "output.h"
 
 namespace ostrel::cli {
 
@@ -18,13 +23,29 @@ std::string defaultValue;
 std::string value;
 CLI::App* getCommand = nullptr;
 
+// The lines the component writes, at any verbosity, when a value went
+// nowhere: the lock not had, or the save failed. (An element it could not
+// make is no such line: the value then goes to the older store.)
+bool isFailureLine(std::string_view line) {
+    return line.starts_with("Failed ") || line.starts_with("[GetMutex]") ||
+           line.starts_with("[gsubSaveApplicationSetting]");
+}
+
 int run() {
+    Record record{{"Application", application}, {"Section", section}, {"Key", key}};
     if (getCommand && getCommand->parsed()) {
-        std::cout << gfstrGetApplicationSetting(application, section, key, defaultValue) << '\n';
-    } else {
-        gsubSaveApplicationSetting(application, section, key, value);
+        record["Value"] = gfstrGetApplicationSetting(application, section, key, defaultValue);
+        return emit(record, record["Value"].get<std::string>(), kExitOk);
     }
-    return kExitOk;
+    const DebugWatch watch;
+    gsubSaveApplicationSetting(application, section, key, value);
+    const auto& lines = watch.lines();
+    const auto failure = std::find_if(lines.begin(), lines.end(), isFailureLine);
+    record["Value"] = value;
+    record["Stored"] = failure == lines.end();
+    if (failure != lines.end()) std::cerr << "ostrel: not stored: " << *failure << '\n';
+    if (globalOptions().json) std::cout << record.dump(2) << '\n';
+    return failure == lines.end() ? kExitOk : kExitNotDone;
 }
 
 void addAddress(CLI::App& app) {
@@ -42,7 +63,9 @@ void addAddress(CLI::App& app) {
         addAddress(*getCommand);
         getCommand->add_option("--default", defaultValue, "What a missing setting gives")
             ->type_name("TEXT");
-        CLI::App* set = app.add_subcommand("set", "Store the value of a setting");
+        CLI::App* set = app.add_subcommand("set",
+                                           "Store the value of a setting; exit 4 with the reason "
+                                           "on stderr when it was not stored");
         addAddress(*set);
         set->add_option("VALUE", value, "The value to store")->required();
     },

@@ -2,7 +2,6 @@
 // "yyyy-mm-dd hh:nn:ss" both ways (a fraction of a second may follow the
 // seconds on the way in). An error the routine raises goes to stderr with
 // its number and description, exit 1.
-#include <cctype>
 #include <charconv>
 #include <iostream>
 #include <optional>
@@ -11,6 +10,7 @@
 
 #include "commands.h"
 #include "foundation/time_conversion.h"
+#include "output.h"
 #include "runtime/automation_error.h"
 #include "runtime/format.h"
 
@@ -22,7 +22,21 @@ std::string given;
 CLI::App* toGmt = nullptr;
 CLI::App* fromGmt = nullptr;
 
-// "yyyy-mm-dd hh:nn:ss[.fff]" as a calendar value; nullopt when it isn't one.
+// The run of digits at `at` (no sign, no exponent), moving past it.
+std::string_view digitsAt(const char*& at, const char* end) {
+    const char* const first = at;
+    while (at != end && *at >= '0' && *at <= '9') ++at;
+    return {first, static_cast<size_t>(at - first)};
+}
+
+bool dayExists(const DateTimeParts& parts) {
+    constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = parts.year % 4 == 0 && (parts.year % 100 != 0 || parts.year % 400 == 0);
+    return parts.day <= kDays[parts.month - 1] + (parts.month == 2 && leap ? 1 : 0);
+}
+
+// "yyyy-mm-dd hh:nn:ss[.fff]" as a calendar value; nullopt when it isn't one
+// or names a day the calendar doesn't have.
 std::optional<double> readDate(std::string_view text) {
     DateTimeParts parts;
     int* const fields[] = {&parts.year, &parts.month,  &parts.day,
@@ -32,17 +46,17 @@ std::optional<double> readDate(std::string_view text) {
     const char* const end = text.data() + text.size();
     for (size_t i = 0; i < 6; ++i) {
         if (i > 0 && (at == end || *at++ != separators[i])) return std::nullopt;
-        const auto [next, error] = std::from_chars(at, end, *fields[i]);
-        if (error != std::errc() || next == at) return std::nullopt;
-        at = next;
+        const std::string_view digits = digitsAt(at, end);
+        if (digits.empty() || std::from_chars(digits.data(), at, *fields[i]).ec != std::errc())
+            return std::nullopt;
     }
     double fraction = 0;
     if (at != end && *at == '.') {
-        const auto [next, error] = std::from_chars(at, end, fraction);
-        if (error != std::errc()) return std::nullopt;
-        at = next;
+        const char* const point = at++;
+        if (digitsAt(at, end).empty()) return std::nullopt;
+        std::from_chars(point, at, fraction);
     }
-    if (at != end || parts.month < 1 || parts.month > 12 || parts.day < 1 || parts.day > 31 ||
+    if (at != end || parts.month < 1 || parts.month > 12 || parts.day < 1 || !dayExists(parts) ||
         parts.hour > 23 || parts.minute > 59 || parts.second > 59) {
         return std::nullopt;
     }
@@ -66,9 +80,9 @@ int run() {
         } else {
             result = gfdatNowGMT();
         }
-        std::cout << formatDate(fromCalendarValue(result), "yyyy-mm-dd hh:nn:ss", LocaleFacts{})
-                  << '\n';
-        return kExitOk;
+        const std::string text =
+            formatDate(fromCalendarValue(result), "yyyy-mm-dd hh:nn:ss", LocaleFacts{});
+        return emit(Record{{"DateTime", text}}, text, kExitOk);
     } catch (const AutomationError& error) {
         std::cerr << "ostrel: error " << error.number << ": " << error.description << '\n';
         return kExitFailure;

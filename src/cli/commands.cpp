@@ -1,4 +1,4 @@
-// The list the commands register themselves in.
+// The list the commands register themselves in, and what all of them share.
 #include "commands.h"
 
 #include <utility>
@@ -11,6 +11,7 @@ std::vector<Command>& registry() {
     static std::vector<Command> list;
     return list;
 }
+const CLI::App* model = nullptr;
 }  // namespace
 
 bool registerCommand(Command command) {
@@ -20,6 +21,19 @@ bool registerCommand(Command command) {
 
 const std::vector<Command>& commands() {
     return registry();
+}
+
+GlobalOptions& globalOptions() {
+    static GlobalOptions options;
+    return options;
+}
+
+const CLI::App& commandModel() {
+    return *model;
+}
+
+void setCommandModel(const CLI::App& app) {
+    model = &app;
 }
 
 }  // namespace ostrel::cli

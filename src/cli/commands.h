@@ -17,16 +17,50 @@ struct Command {
     std::function<void(CLI::App&)> setup;
     // Runs after start-up; the result is the exit code.
     std::function<int()> run;
+    // False for a command about the tool itself (help, completion): it runs
+    // without the component, so no registry file can stop it.
+    bool startsComponent = true;
 };
 
 // For a file-scope initialiser: [[maybe_unused]] const bool registered = registerCommand({...});
 bool registerCommand(Command command);
 const std::vector<Command>& commands();
 
-// Exit codes of the tool.
+// The options every command takes, before or after its name.
+struct GlobalOptions {
+    std::vector<std::string> registryFiles;
+    std::string wmiFile;
+    bool trace = false;
+    bool json = false;
+};
+GlobalOptions& globalOptions();
+
+// The parsed command model (the app with every command on it), for the
+// commands that describe the tool: help, completion, the manual page.
+const CLI::App& commandModel();
+void setCommandModel(const CLI::App& app);
+
+// "ostrel: unknown command 'catalog' (did you mean 'catalogue'?)" on stderr,
+// naming the closest command of `parent`; answers kExitUsage.
+int unknownCommand(const CLI::App& parent, const std::string& word);
+
+// Exit codes of the tool; kExitCodesText is how --help and the manual list them.
 inline constexpr int kExitOk = 0;
-inline constexpr int kExitFailure = 1;  // a registry file could not be read or parsed
+inline constexpr int kExitFailure = 1;  // a file could not be read or parsed
 inline constexpr int kExitUsage = 2;
-inline constexpr int kExitNotObtained = 3;  // no lock (mutex), no such process, not ready
+inline constexpr int kExitNotObtained = 3;  // not found, not obtained, not ready
+inline constexpr int kExitNotDone = 4;      // not stored, not started, not deleted
+inline constexpr const char* kExitCodes[][2] = {
+    {"0", "done"},
+    {"1", "a file can't be read (a --registry or --wmi file; the message names file and line)"},
+    {"2", "a usage error: unknown command or option, a missing or malformed argument"},
+    {"3",
+     "not found, not obtained or not ready: no such product, part number, interface, "
+     "process, localised file or help file; a lock not obtained; WMI not reached; a "
+     "started program not ready in time"},
+    {"4",
+     "not done: a setting not stored (settings set), a program not started (process "
+     "run), a file still there (path delete); the reason is on stderr"},
+};
 
 }  // namespace ostrel::cli

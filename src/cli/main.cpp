@@ -1,6 +1,6 @@
 // ostrel: the component's core driven from the command line.
 //
-//   ostrel [--registry FILE]... [--wmi FILE] [--trace] COMMAND [options]
+//   ostrel [--registry FILE]... [--wmi FILE] [--trace] [--json] COMMAND [options]
 //
 // --registry layers .reg files (in the Windows export format) into the
 // registry the core reads, later files winning; it replaces the system's
@@ -10,8 +10,8 @@
 // the network keys made from the live system.
 // --wmi replays an inventory saved by "inventory --json" in place of the
 // system's WMI (default: the file named by OSTREL_WMI).
-// Exit codes: 0 done, 1 a registry file can't be read or parsed, 2 a usage
-// error.
+// Global options go before or after the command's name; the exit codes are
+// kExitCodes (commands.h).
 #include <algorithm>
 #include <exception>
 #include <iostream>
@@ -25,12 +25,14 @@
 
 #include "commands.h"
 #include "component/startup.h"
+#include "debug_watch.h"
 #include "foundation/globals.h"
 #include "ostrel_version.h"
 #include "platform/common/registry_regfile.h"
 #include "platform/common/wmi_json.h"
 #include "platform/ports.h"
 #include "registry_source.h"
+#include "version_line.h"
 
 namespace ostrel::cli {
 
@@ -73,51 +75,44 @@ bool loadRegistry(platform::RegFileRegistry& registry, const std::vector<std::st
     return true;
 }
 
-int run(int argc, char** argv) {
-    CLI::App app{"Ostrel: the machine facts and the product catalogue of this PC.", "ostrel"};
-    app.set_version_flag("--version", std::string("ostrel ") + kVersionText,
-                         "Print the version and exit");
-    std::vector<std::string> registryFiles;
-    std::string wmiFile;
-    bool trace = false;
+std::string exitCodesText() {
+    std::string text = "Exit codes:\n";
+    for (const auto& [code, meaning] : kExitCodes)
+        text += "  " + std::string(code) + "  " + meaning + "\n";
+    return text;
+}
+
+// The global options, with the app's fall-through taking them after the
+// command's name too.
+void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
+    app.fallthrough();  // inherited by every command added after this
     app.add_option(
-           "--registry", registryFiles,
+           "--registry", options.registryFiles,
            "A .reg file to read the registry from; may be repeated, later files win "
            "(default: the list in OSTREL_REGISTRY, else the system's registry; Linux, having "
            "none, shows a built-in sample)")
         ->type_name("FILE");
-    app.add_option("--wmi", wmiFile,
+    app.add_option("--wmi", options.wmiFile,
                    "A saved inventory (inventory --json) to answer WMI's queries from "
                    "(default: the file in OSTREL_WMI, else the system's WMI)")
         ->type_name("FILE");
-    app.add_flag("--trace", trace, "Show the component's diagnostic output on stderr");
-    app.require_subcommand(1, 1);
+    app.add_flag("--trace", options.trace, "Show the component's diagnostic output on stderr");
+    app.add_flag("--json", options.json,
+                 "Print the result as JSON (the shapes are in the README and the manual)");
+}
 
-    std::vector<const Command*> sorted;
-    for (const Command& command : commands()) sorted.push_back(&command);
-    std::sort(sorted.begin(), sorted.end(),
-              [](const Command* a, const Command* b) { return a->name < b->name; });
-    std::vector<std::pair<CLI::App*, const Command*>> subcommands;
-    for (const Command* command : sorted) {
-        CLI::App* sub = app.add_subcommand(command->name, command->help);
-        if (command->setup) command->setup(*sub);
-        subcommands.emplace_back(sub, command);
-    }
-
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        // Help and version are "errors" that exit 0; everything else is usage.
-        return app.exit(error) == 0 ? kExitOk : kExitUsage;
-    }
-
+// Start-up: the ports, the registry and WMI the options name, then Main.
+// False, with the message on stderr, when a file can't be read.
+bool startComponent(GlobalOptions& options) {
     apartment().ports = platform::defaultPorts();
-    if (trace) platform::setTraceToStderr(true);
+    if (options.trace) platform::setTraceToStderr(true);
+    watchDebugStream();
+    std::vector<std::string>& registryFiles = options.registryFiles;
     if (registryFiles.empty()) registryFiles = registryFilesFromEnvironment();
     // Static: it must outlive this thread's globals, which point at it.
     static platform::RegFileRegistry fileRegistry;
     if (!registryFiles.empty()) {
-        if (!loadRegistry(fileRegistry, registryFiles)) return kExitFailure;
+        if (!loadRegistry(fileRegistry, registryFiles)) return false;
         apartment().ports.registry = &fileRegistry;
         std::string files;
         for (const std::string& file : registryFiles) files += (files.empty() ? "" : ", ") + file;
@@ -127,6 +122,7 @@ int run(int argc, char** argv) {
         // the network keys of the live system.
         loadSampleRegistry();
     }
+    std::string& wmiFile = options.wmiFile;
     if (wmiFile.empty()) wmiFile = environmentVariable("OSTREL_WMI").value_or("");
     static platform::WmiJsonProvider savedWmi;  // outlives the globals, like the registry
     if (!wmiFile.empty()) {
@@ -134,15 +130,59 @@ int run(int argc, char** argv) {
             savedWmi.loadFile(wmiFile);
         } catch (const platform::WmiJsonError& error) {
             std::cerr << "ostrel: " << error.what() << '\n';  // names the file and the line
-            return kExitFailure;
+            return false;
         }
         apartment().ports.wmi = &savedWmi;
     }
     ensureStarted();
+    return true;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Ostrel: the machine facts and the product catalogue of this PC.", "ostrel"};
+    app.set_version_flag("--version", versionLine(), "Print the version and exit");
+    GlobalOptions& options = globalOptions();
+    addGlobalOptions(app, options);
+    app.require_subcommand(0, 1);
+    app.footer(exitCodesText());
+
+    std::vector<const Command*> sorted;
+    for (const Command& command : commands()) sorted.push_back(&command);
+    std::sort(sorted.begin(), sorted.end(),
+              [](const Command* a, const Command* b) { return a->name < b->name; });
+    std::vector<std::pair<CLI::App*, const Command*>> subcommands;
+    for (const Command* command : sorted) {
+        CLI::App* sub = app.add_subcommand(command->name, command->help);
+        if (command->setup) command->setup(*sub);
+        sub->footer(
+            "Global options, before or after the command: --registry FILE, --wmi FILE, "
+            "--trace, --json (ostrel --help)");
+        subcommands.emplace_back(sub, command);
+    }
+    setCommandModel(app);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ExtrasError& error) {
+        // A word where a command belongs: no command of that name.
+        if (app.get_subcommands().empty()) {
+            for (const std::string& word : app.remaining()) {
+                if (!word.starts_with('-')) return unknownCommand(app, word);
+            }
+        }
+        app.exit(error);
+        return kExitUsage;
+    } catch (const CLI::ParseError& error) {
+        // Help and version are "errors" that exit 0; everything else is usage.
+        return app.exit(error) == 0 ? kExitOk : kExitUsage;
+    }
 
     for (const auto& [sub, command] : subcommands) {
-        if (sub->parsed()) return command->run();
+        if (!sub->parsed()) continue;
+        if (command->startsComponent && !startComponent(options)) return kExitFailure;
+        return command->run();
     }
+    std::cerr << "ostrel: a command is required (ostrel help lists them)\n";
     return kExitUsage;
 }
 

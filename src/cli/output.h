@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +16,17 @@ using Record = nlohmann::ordered_json;
 
 // Text form: keys padded to the longest, booleans as True/False, null as Nothing.
 void printRecord(std::ostream& out, const Record& record, bool json);
+
+// A command's result on stdout: the record as JSON under --json, else the
+// text as one line. Answers the exit code, for `return emit(...)`.
+int emit(const Record& record, std::string_view text, int exitCode);
+
+// Rows of cells, the columns two blanks apart and aligned by display width.
+void printTable(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+
+// The columns a UTF-8 text takes on a terminal: combining marks none, East
+// Asian wide and full-width characters two, everything else one.
+std::size_t displayWidth(std::string_view text);
 
 // A JSON array of flat objects written as it goes, laid out as Record's
 // dump(2) lays it out, so that a long list is never held whole. Text that

@@ -11,6 +11,10 @@ namespace ostrel::cli {
 const std::string& registrySource();
 void setRegistrySource(std::string description);
 
+// "Registry: ..." on stderr, so that stdout holds only the result; with the
+// built-in sample, also that it is one and how to read a real export.
+void announceRegistrySource();
+
 // Linux: loads the built-in sample of a QUORL family into the system's
 // registry (where the live network keys are) and answers true. Windows reads
 // its real registry, and this answers false.

@@ -33,15 +33,19 @@ if ! $windows; then
 fi
 
 run --version
-check "--version" 'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+$"'
-run --help
-check "--help lists pcinfo and --registry" '[ "$rc" = 0 ] && has "$out" pcinfo && has "$out" --registry'
+check "--version: version, commit, build type, target" \
+    'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+ \(([0-9a-f]{7}|unknown), [^,]+, [^,)]+\)$"'
 
 # Usage errors: exit 2, message on stderr, nothing on stdout.
-for args in "" "no-such-command" "pcinfo --no-such-option" "--registry"; do
+for args in "" "pcinfo --no-such-option" "--registry" "pcinfo extra"; do
     run $args # split on purpose
     check "usage error '$args'" '[ "$rc" = 2 ] && [ -n "$err" ] && [ -z "$out" ]'
 done
+for args in "catalog --json" "help catalog" "frobnicate"; do
+    run $args # split on purpose
+    check "unknown command '$args'" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "^ostrel: unknown command '"'"'(catalog|frobnicate)'"'"'( \(did you mean '"'"'catalogue'"'"'\?\))?$"'
+done
+check "did you mean: only for a near name" '[ "$err" = "ostrel: unknown command '"'"'frobnicate'"'"'" ]'
 
 # Registry files: a bad one stops the tool naming the file and the line.
 good="$work/good.reg"
@@ -107,10 +111,21 @@ else
     ready="$work/ready.txt"
     command="sh -c \"echo up > '$ready'; sleep 2\""
 fi
+# Ready with its id; where ids pass 32767 the component's 16-bit id takes
+# its failure path, and the tool says so.
+overflow="^started as ([0-9]+); an id above 32767 is reported as a failure by the component$"
 run process run --ready-file "$ready" "$command"
-check "process run: ready, with the id" '[ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"'
+check "process run: ready with the id, or started with an id the component can't hold" \
+    '{ [ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"; } || { [ "$rc" = 3 ] && [[ "$out" =~ $overflow ]] && [ "${BASH_REMATCH[1]}" -gt 32767 ]; }'
+if ! $windows && unshare --pid --fork --mount-proc true 2>/dev/null; then
+    # ids from 39990 in a namespace of its own
+    out=$(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh \
+        "${tool[@]}" process run "sleep 1")
+    rc=$?
+    check "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]'
+fi
 run process run "no-such-program --flag"
-check "process run: a program that can't start is not ready" '[ "$rc" = 3 ] && [ "$out" = "not ready" ]'
+check "process run: a program that can't start, with the error, exit 4" '[ "$rc" = 4 ] && has "$out" "^could not start: 53, "'
 
 # The About window as the component builds it (shown only on Windows, so only --json here).
 run about --json
@@ -129,5 +144,50 @@ if ! $windows; then
     run about
     check "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"'
 fi
+
+# Every command that prints a result, under --json: its exit code, and one
+# JSON document on stdout (none after a usage error, whose message shows the
+# form expected). The global options go before the command on one row, after
+# it on the next.
+mkdir -p "$work/store/QUORL" "$work/files"
+touch "$work/files/doomed"
+export ProgramData="$work/store"
+printf 'REGEDIT4\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\n"InstallDir"="C:\\Q"\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n"PartNumber"="B-2"\n' >"$good"
+nonascii="$work/files/J$(printf '\xc3\xbc')rgen-$(printf '\xe6\xb5\x8b')"
+rows=(
+    "0 catalogue" "0 product Beta" "3 product nosuch" "0 toolbar-key b-2" "3 toolbar-key q-0"
+    "0 install-dir" "0 pcinfo" "0 settings get Settings Colour --default d"
+    "0 settings set Settings Colour red" "0 mutex --timeout 100 OSTREL_CLI_TEST"
+    "0 process find '$program'" "3 process find no-such-program" "4 process run no-such-program"
+    "0 time to-gmt '2026-01-15 12:00:00'" "0 time from-gmt '2026-07-15 12:00:00.5'" "0 time now-gmt"
+    "2 time to-gmt '2026-02-30 12:00:00'" "2 time to-gmt '2026-02-28 -1:00:00'"
+    "2 time to-gmt '2026-02-28 12:00:1e1'" "0 path long '$nonascii'"
+    "0 path delete '$work/files/doomed'" "0 language text 108" "0 language suffixes"
+    "3 language localised-file '$work/files/none.chm'" "0 network cards" "0 network adapters"
+    "3 network interface nope" "0 inventory" "0 about"
+)
+$windows || rows+=("4 path delete /proc/version" "0 path browse")
+before=true
+for row in "${rows[@]}"; do
+    eval "args=($row)"
+    expected=${args[0]}
+    if $before; then run --registry "$good" --json "${args[@]:1}" </dev/null; else run "${args[@]:1}" --registry "$good" --json </dev/null; fi
+    if [ "$expected" = 2 ]; then
+        check "$row: a usage error naming the form" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "yyyy-mm-dd hh:nn:ss"'
+    else
+        check "$row --json" '[ "$rc" = "$expected" ] && python3 -m json.tool <<<"$out" >/dev/null'
+    fi
+    if $before; then before=false; else before=true; fi
+done
+# A non-ASCII argument comes back as it went in (on Windows: the wide command line, UTF-8 out).
+run --json path long "$nonascii"
+check "a non-ASCII argument read back" '[ "$(python3 -c "import json,sys; print(json.load(sys.stdin)[\"Path\"])" <<<"$out")" = "$nonascii" ]'
+
+if ! $windows; then
+    # settings set: a value that went nowhere exits 4 with the component's reason.
+    ProgramData="$work/no-such-folder" run settings set Settings Colour red
+    check "settings set: not stored, exit 4 with the reason" '[ "$rc" = 4 ] && has "$err" "^ostrel: not stored: \[gsubSaveApplicationSetting\] Unable to save"'
+fi
+unset ProgramData
 
 finish cli_test

@@ -19,12 +19,15 @@ expect() { # NAME EXPECTED ACTUAL
     failures=$((failures + 1))
 }
 
-# run ARGS...: the tool's stdout, stderr (CR removed) and exit code in out, err, rc.
+# run ARGS...: the tool's stdout, stderr (CR removed) and exit code in out, err, rc;
+# the "Registry: ..." line the commands of the catalogue write to stderr is
+# set apart in registry_line.
 run() {
     "${tool[@]}" "$@" >"$work/out" 2>"$work/err"
     rc=$?
     out=$(tr -d '\r' <"$work/out")
-    err=$(tr -d '\r' <"$work/err")
+    err=$(tr -d '\r' <"$work/err" | grep -v '^Registry: ')
+    registry_line=$(tr -d '\r' <"$work/err" | grep '^Registry: ')
 }
 
 # check DESCRIPTION CONDITION: the condition (evaluated) must hold.

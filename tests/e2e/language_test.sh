@@ -39,7 +39,7 @@ check "localised-file: suffix2 first" '[ "$out" = "$work/files/Guide_de-DE.chm" 
 run language localised-file --direct "$work/files/Guide.chm"
 check "localised-file --direct: suffix1 when suffix2 is missing" '[ "$out" = "$work/files/Guidede.chm" ]'
 run language localised-file "$work/files/Other.chm"
-check "localised-file: no variant, an empty line" '[ "$rc" = 0 ] && [ -z "$out" ]'
+check "localised-file: no variant, an empty line, exit 3" '[ "$rc" = 3 ] && [ -z "$out" ]'
 
 # The tool alone, without its data files: the built-in English texts.
 mkdir "$work/alone"
