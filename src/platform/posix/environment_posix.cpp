@@ -1,9 +1,11 @@
 #include <dlfcn.h>
 #include <limits.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 
 #include "platform/adapters.h"
@@ -50,7 +52,22 @@ class PosixEnvironment final : public EnvironmentPort {
         }
         const size_t cut = file.rfind('/');
         if (cut == std::string::npos) return std::string();
-        return cut == 0 ? std::string("/") : file.substr(0, cut);
+        const std::string folder = cut == 0 ? std::string("/") : file.substr(0, cut);
+        return installedDataFolder(folder).value_or(folder);
+    }
+
+    // Installed under a prefix (bin/ostrel), the data files lie in
+    // share/ostrel beside bin rather than beside the program.
+    static std::optional<std::string> installedDataFolder(const std::string& folder) {
+        struct stat info {};
+        if (::stat((folder + "/Ostrel.en.txt").c_str(), &info) == 0) return std::nullopt;
+        std::string shared = folder + "/../share/ostrel";
+        if (::stat(shared.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return std::nullopt;
+        if (char* real = ::realpath(shared.c_str(), nullptr)) {
+            shared = real;
+            std::free(real);
+        }
+        return shared;
     }
 };
 
