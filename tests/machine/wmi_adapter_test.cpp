@@ -12,16 +12,10 @@
 #include "fakes/error_number.h"
 #include "platform/adapters.h"
 #include "runtime/convert.h"
-#include "runtime/text.h"
 
 #ifndef _WIN32
+#include <sys/sysinfo.h>
 #include <sys/utsname.h>
-
-#include <filesystem>
-#include <fstream>
-#include <set>
-
-#include "platform/posix/system_info_posix.h"
 #endif
 
 namespace ostrel {
@@ -78,70 +72,29 @@ TEST(WmiAdapter, TheSystemAndItsProcessorsAreThereAndAMissingPropertyFailsAtItsR
 
 #ifndef _WIN32
 
-std::string firstLine(const char* path) {
-    std::string text = platform::fileText(path);
-    return text.substr(0, text.find('\n'));
-}
-
-TEST(LinuxWmi, EachClassSaysWhatTheSystemFilesSayAndNullWhereTheyAreSilent) {
+// What the provider makes of the system's files, where a host could see it
+// go wrong, without reading those files again.
+TEST(LinuxWmi, TheFactsAHostSeesAndNullWhereTheFilesAreSilent) {
     const auto services = platform::systemWmi().connect(kMoniker);
     ASSERT_TRUE(services);
-    utsname names{};
-    ASSERT_EQ(uname(&names), 0);
-    const std::string machine = names.machine;
-
     const auto computer = objectsOf(*services, "Select * from Win32_ComputerSystem");
     ASSERT_EQ(computer.size(), 1u);
-    const std::string host = platform::hostName();
-    EXPECT_EQ(textOf(*computer[0], "name"), host.substr(0, host.find('.')));
-    EXPECT_EQ(textOf(*computer[0], "Manufacturer"), firstLine("/sys/class/dmi/id/sys_vendor"));
+    struct sysinfo memory {};
+    ASSERT_EQ(sysinfo(&memory), 0);
+    EXPECT_EQ(textOf(*computer[0], "TotalPhysicalMemory"),
+              std::to_string(uint64_t{memory.totalram} * memory.mem_unit));
     EXPECT_TRUE(computer[0]->property("Workgroup").isNull());
-    if (machine == "x86_64") {
-        EXPECT_EQ(textOf(*computer[0], "SystemType"), "x64-based PC");
-    }
-    std::ifstream meminfo("/proc/meminfo");
-    std::string key;
-    long long kilobytes = 0;
-    meminfo >> key >> kilobytes;
-    EXPECT_EQ(textOf(*computer[0], "TotalPhysicalMemory"), std::to_string(kilobytes * 1024));
-
-    const auto bios = objectsOf(*services, "Select * from Win32_BIOS");
-    EXPECT_EQ(bios.size(), std::filesystem::is_directory("/sys/class/dmi/id") ? 1u : 0u);
-
-    std::set<std::string> packages;
-    std::string model;
-    std::ifstream cpuinfo("/proc/cpuinfo");
-    for (std::string line; std::getline(cpuinfo, line);) {
-        if (line.starts_with("physical id")) packages.insert(line);
-        if (line.starts_with("model name") && model.empty())
-            model = trimBlanks(line.substr(line.find(':') + 1));
-    }
     const auto processors = objectsOf(*services, "Select * from Win32_Processor");
-    EXPECT_EQ(processors.size(), std::max<std::size_t>(packages.size(), 1u));
-    EXPECT_EQ(textOf(*processors[0], "name"), model);
     EXPECT_EQ(textOf(*processors[0], "DeviceId"), "CPU0");
     EXPECT_TRUE(processors[0]->property("version").isNull());
-
-    std::size_t displays = 0;
-    for (const auto& device : std::filesystem::directory_iterator("/sys/bus/pci/devices")) {
-        displays += platform::fileText((device.path() / "class").c_str()).starts_with("0x03");
-    }
-    EXPECT_EQ(objectsOf(*services, "Select * from Win32_VideoController").size(), displays);
-
     const auto os = objectsOf(*services, "Select * from Win32_OperatingSystem");
-    std::string pretty;
-    std::ifstream release("/etc/os-release");
-    for (std::string line; std::getline(release, line);) {
-        if (line.starts_with("PRETTY_NAME=")) pretty = line.substr(12);
-    }
-    if (pretty.size() >= 2 && pretty.front() == '"') pretty = pretty.substr(1, pretty.size() - 2);
-    if (!pretty.empty()) {
-        EXPECT_TRUE(textOf(*os[0], "name").starts_with(pretty + "|/|"));
-    }
+    utsname names{};
+    ASSERT_EQ(uname(&names), 0);
     EXPECT_EQ(textOf(*os[0], "OSArchitecture"),
-              sizeof(void*) == 8 || machine.find("64") != std::string::npos ? "64-bit" : "32-bit");
+              sizeof(void*) == 8 || std::string(names.machine).find("64") != std::string::npos
+                  ? "64-bit"
+                  : "32-bit");
     EXPECT_TRUE(os[0]->property("ServicePackMajorVersion").isNull());
-
     for (const auto& session :
          objectsOf(*services, "Select * from Win32_LogonSession Where LogonType = 2")) {
         const std::string id = textOf(*session, "LogonId");
