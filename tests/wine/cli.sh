@@ -11,8 +11,8 @@ for bits in 64 32; do
   echo "--- win$bits"
   tool=("$(wine_of "$bits")" "$root/build/win$bits/bin/ostrel.exe")
   bash "$root/tests/e2e/cli_test.sh" "${tool[@]}" || status=1
-  # A program start costs far more under Wine: fewer saves per writer here,
-  # the full count runs in-process from the script hosts (com_server.sh).
+  # A program start costs far more under Wine: fewer saves per writer here
+  # (the full count: natively, and the lock itself in the Windows suites).
   SAVES=25 bash "$root/tests/e2e/settings_test.sh" "${tool[@]}" || status=1
 done
 exit $status

@@ -1,7 +1,8 @@
 // A small host of Ostrel.dll, as an application built against the type
 // library would be: it binds through the vtable, checks identity across the
-// older interface identifiers, the errors a failing call leaves, the
-// enumerator, the start-up of each apartment, and when the DLL may unload.
+// older interface identifiers (their values: com_server.sh, in the
+// registry), the error object a failing call leaves, the enumerator, the
+// start-up of each apartment, and when the DLL may unload.
 // Usage: com_host <path of ot.log>. Exit code: number of failed checks.
 
 #include <windows.h>
@@ -14,6 +15,7 @@
 // The identifiers are defined here, from the generated header.
 #include <initguid.h>
 
+#include "com/interface_ids.h"
 #include "com/ostrel_h.h"
 #include "host_support.h"
 
@@ -24,20 +26,6 @@ using host::Ptr;
 using host::Var;
 
 namespace {
-
-const IID kOlderProductIids[] = {
-    {0x20CFA9FE, 0x4058, 0x4CD2, {0x8D, 0xB5, 0xB7, 0xDD, 0xA5, 0xA7, 0xD3, 0x90}},
-    {0xC4753E71, 0x68D2, 0x48D0, {0x83, 0xB9, 0x30, 0x9F, 0x72, 0xC1, 0x6B, 0x80}},
-    {0x7D7F0E86, 0xA961, 0x4295, {0x95, 0x86, 0xF0, 0x14, 0xAB, 0x18, 0x72, 0x5F}},
-    {0xADD4F1AA, 0x38B7, 0x424F, {0xAD, 0x04, 0x4B, 0xE8, 0xAD, 0x87, 0x16, 0x01}},
-    {0x77D4A628, 0x7265, 0x410B, {0x9E, 0x09, 0xEC, 0x47, 0x9A, 0xAC, 0x46, 0x2B}},
-    {0x72002B29, 0xEC56, 0x11D6, {0x86, 0x0A, 0x00, 0x50, 0x8B, 0x62, 0x79, 0x27}},
-    {0x1C53F141, 0x137B, 0x4BF3, {0xA4, 0x41, 0xFA, 0xDA, 0x90, 0x11, 0xE2, 0xB0}},
-    {0x432279C8, 0xF5DC, 0x4905, {0xB4, 0x5D, 0xAE, 0xF9, 0xF6, 0x35, 0x51, 0x8D}},
-    {0xF06D94C2, 0xD8E6, 0x4F9B, {0x92, 0x90, 0x60, 0x8F, 0xCE, 0x04, 0xD3, 0xB2}},
-};
-const IID kOlderPCInfoIid = {
-    0xAFBB1CFD, 0x5CFA, 0x46EE, {0xA3, 0x9F, 0x09, 0xFF, 0x2B, 0xCF, 0x52, 0xCC}};
 
 int countBanners(const char* logPath) {
     std::ifstream log(logPath);
@@ -92,7 +80,7 @@ void identityAcrossIdentifiers() {
     check(SUCCEEDED(create(CLSID_wncSoftwareProduct, IID__wncSoftwareProduct, product)),
           "wncSoftwareProduct created");
     bool same = product.p != nullptr;
-    for (const IID& older : kOlderProductIids) {
+    for (const IID& older : ostrel::com::kOlderSoftwareProductIids) {
         Ptr<IUnknown> viaOlder;
         same = same && SUCCEEDED(product->QueryInterface(older, viaOlder.putVoid())) &&
                static_cast<void*>(viaOlder.p) == static_cast<void*>(product.p);
@@ -102,20 +90,13 @@ void identityAcrossIdentifiers() {
     Ptr<_wncPCInfo> pcInfo;
     Ptr<IUnknown> viaOlder;
     check(SUCCEEDED(create(CLSID_wncPCInfo, IID__wncPCInfo, pcInfo)) &&
-              SUCCEEDED(pcInfo->QueryInterface(kOlderPCInfoIid, viaOlder.putVoid())) &&
+              SUCCEEDED(
+                  pcInfo->QueryInterface(ostrel::com::kOlderPCInfoIids[0], viaOlder.putVoid())) &&
               static_cast<void*>(viaOlder.p) == static_cast<void*>(pcInfo.p),
           "the older _wncPCInfo identifier gives the same pointer");
 
     check(className(product.p) == L"wncSoftwareProduct" && className(pcInfo.p) == L"wncPCInfo",
           "IProvideClassInfo names the class");
-
-    VARIANT_BOOL member = VARIANT_TRUE, network = VARIANT_TRUE;
-    BSTR group = SysAllocString(L"Administrators");
-    check(pcInfo->IsMemberOfGroup(&group, &member) == S_OK && member == VARIANT_FALSE &&
-              pcInfo->GetNetworkInfo(&network) == S_OK && network == VARIANT_FALSE,
-          "IsMemberOfGroup and GetNetworkInfo answer False through the vtable");
-    SysFreeString(group);
-    check(pcInfo->get_ComputerName(nullptr) == E_POINTER, "a null out-pointer answers E_POINTER");
 }
 
 void errorsThroughTheVtable() {
@@ -143,27 +124,13 @@ void errorsThroughTheVtable() {
 
     BSTR name = SysAllocString(L"x");
     BSTR key = SysAllocString(L"k");
-    BSTR keyUpper = SysAllocString(L"K");
     Ptr<_wncSoftwareProduct> added, again, byKey;
-    check(products->Add(&name, &key, added.put()) == S_OK, "Add(\"x\", \"k\")");
-    check(products->Add(&name, &keyUpper, again.put()) == controlError(457) && !again.p,
-          "Add with a key differing only in case: 0x800A01C9");
-    check(products->Add(&name, nullptr, again.put()) == S_OK, "Add without a key");
-
+    check(products->Add(&name, &key, added.put()) == S_OK &&
+              products->Add(&name, nullptr, again.put()) == S_OK,
+          "Add(\"x\", \"k\") and Add(\"x\")");
     Var byKeyArg(L"K");
     check(products->get_Item(&byKeyArg.v, byKey.put()) == S_OK && byKey.p == added.p,
           "the record handed out twice is one object");
-
-    VARIANT wrongType;
-    VariantInit(&wrongType);
-    V_VT(&wrongType) = VT_UNKNOWN;
-    V_UNKNOWN(&wrongType) = products.p;
-    Ptr<_wncSoftwareProduct> none;
-    check(products->get_Item(&wrongType, none.put()) == controlError(13),
-          "an index of the wrong type: 0x800A000D, no crash");
-    check(products->get_Item(nullptr, none.put()) == E_POINTER &&
-              products->get_Count(nullptr) == E_POINTER,
-          "null pointers answer E_POINTER");
 
     // The enumerator: Next with a short fetch, Skip, Reset, Clone.
     Ptr<IUnknown> unknown;
@@ -195,28 +162,6 @@ void errorsThroughTheVtable() {
     }
     SysFreeString(name);
     SysFreeString(key);
-    SysFreeString(keyUpper);
-}
-
-// Late binding by name, and an error through Invoke.
-void errorsThroughInvoke() {
-    Ptr<IDispatch> products;
-    create(CLSID_wncSoftwareProducts, IID_IDispatch, products);
-    if (!products.p) return check(false, "wncSoftwareProducts created for IDispatch");
-    check(host::idOf(products.p, L"item") == DISPID_VALUE,
-          "GetIDsOfNames ignores case; Item is the default member");
-
-    Var key(L"missing"), byRef, result;
-    byRef.refTo(key.v);
-    DISPPARAMS params = {&byRef.v, nullptr, 1, 0};
-    EXCEPINFO excep = {};
-    const HRESULT hr =
-        host::invoke(products.p, DISPID_VALUE, DISPATCH_METHOD | DISPATCH_PROPERTYGET, params,
-                     &result.v, nullptr, &excep);
-    check(hr == DISP_E_EXCEPTION && excep.scode == controlError(5) && excep.bstrDescription &&
-              std::wstring(excep.bstrDescription) == L"Invalid procedure call or argument",
-          "Item(\"missing\") through Invoke: DISP_E_EXCEPTION with scode 0x800A0005");
-    host::clear(excep);
 }
 
 void unloadOnlyWhenUnused() {
@@ -273,7 +218,6 @@ int main(int argc, char** argv) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     identityAcrossIdentifiers();
     errorsThroughTheVtable();
-    errorsThroughInvoke();
     unloadOnlyWhenUnused();
     CoUninitialize();
     return host::finish();

@@ -1,10 +1,10 @@
 // How IDispatch::Invoke reshapes what a late-binding host passes before the
-// type library sees it: puts, by-reference variables, named arguments,
-// omitted ones, the index of a bad argument, method-or-get; and the edges of
-// the vtable a careful host meets: a null count to Next, E_POINTER leaving no
-// stale error behind, an object as an index, a call through the standard
-// marshaller from another apartment. The DLL must be registered.
-// Exit code: number of failed checks.
+// type library sees it, beyond what a script host sends (tests/wine/vbs):
+// puts by reference, named arguments, omitted ones, the index of a bad
+// argument; and the edges of the vtable a careful host meets: a null count
+// to Next, E_POINTER leaving no stale error behind, an object as an index, a
+// call through the standard marshaller from another apartment. The DLL must
+// be registered. Exit code: number of failed checks.
 #include <windows.h>
 
 #include <atomic>
@@ -67,24 +67,16 @@ void putsAndByReference() {
     const DISPID label = idOf(product.p, L"Label");
     DISPID putId = DISPID_PROPERTYPUT;
 
-    Var value(L"by value"), ref, read;
-    DISPPARAMS put = {&value.v, &putId, 1, 1};
-    DISPPARAMS none = {nullptr, nullptr, 0, 0};
-    check(invoke(product.p, label, DISPATCH_PROPERTYPUT, put, nullptr) == S_OK &&
-              invoke(product.p, label, DISPATCH_PROPERTYGET, none, &read.v) == S_OK &&
-              V_VT(&read.v) == VT_BSTR && std::wstring(V_BSTR(&read.v)) == L"by value",
-          "a put through Invoke, read back");
-    value.setText(L"by reference");
+    // A host variable by reference (a put by value: the VBScript hosts).
+    Var value(L"by reference"), ref, read;
     ref.refTo(value.v);
     DISPPARAMS putRef = {&ref.v, &putId, 1, 1};
-    VariantClear(&read.v);
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
     check(invoke(product.p, label, DISPATCH_PROPERTYPUT, putRef, nullptr) == S_OK &&
               invoke(product.p, label, DISPATCH_PROPERTYGET, none, &read.v) == S_OK &&
-              std::wstring(V_BSTR(&read.v)) == L"by reference",
+              V_VT(&read.v) == VT_BSTR && std::wstring(V_BSTR(&read.v)) == L"by reference",
           "a put of a host variable by reference");
-    DISPPARAMS putWithoutValue = {nullptr, nullptr, 0, 0};
-    check(invoke(product.p, label, DISPATCH_PROPERTYPUT, putWithoutValue, nullptr) ==
-              DISP_E_PARAMNOTFOUND,
+    check(invoke(product.p, label, DISPATCH_PROPERTYPUT, none, nullptr) == DISP_E_PARAMNOTFOUND,
           "a put without its value: not found");
 
     UINT count = 9;
@@ -105,7 +97,6 @@ void namedOmittedAndBadArguments() {
     check(products->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids) == S_OK,
           "the names of Add and its parameters");
     const DISPID add = ids[0];
-    const DISPID count = idOf(products.p, L"Count");
 
     // Named, in the other order, one a host variable by reference.
     Var name(L"x"), key(L"k"), ref, result;
@@ -116,14 +107,9 @@ void namedOmittedAndBadArguments() {
     check(invoke(products.p, add, DISPATCH_METHOD, byName, &result.v) == S_OK &&
               V_VT(&result.v) == VT_DISPATCH,
           "Add(sKey:=\"k\", ProductName:=variable) by name");
-    Var countResult;
-    DISPPARAMS none = {nullptr, nullptr, 0, 0};
-    check(invoke(products.p, count, DISPATCH_METHOD | DISPATCH_PROPERTYGET, none, &countResult.v) ==
-                  S_OK &&
-              V_VT(&countResult.v) == VT_I4 && V_I4(&countResult.v) == 1,
-          "Count with the method-or-get flags of a script");
 
     // Omitted and missing.
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
     Var omitted;
     V_VT(&omitted.v) = VT_ERROR;
     V_ERROR(&omitted.v) = DISP_E_PARAMNOTFOUND;
