@@ -108,15 +108,17 @@ def main():
             w(f'          <Component Id="c_{cid}" Guid="{guid(cid)}" Win64="{"yes" if view == "64" else "no"}">')
             valued = {key for key, name, _ in rows if name is not None}
             keypath = ' KeyPath="yes"'
-            for key, name, value in rows:
+            # Ids of their own: both DLLs write the same keys, each in its view.
+            for number, (key, name, value) in enumerate(rows):
+                rid = f' Id="r_{owner}_{view}_{number}"'
                 if name is None:
                     # A key registration makes even with no value in it.
                     # ("*": made on install, removed on uninstall).
                     if key not in valued:
-                        w(f'            <RegistryValue Root="HKCR" Key={quoteattr(key)} Name="*" Type="string" Value=""/>')
+                        w(f'            <RegistryValue{rid} Root="HKCR" Key={quoteattr(key)} Name="*" Type="string" Value=""/>')
                     continue
                 name_attr = f" Name={quoteattr(name)}" if name else ""
-                w(f'            <RegistryValue Root="HKCR" Key={quoteattr(key)}{name_attr} '
+                w(f'            <RegistryValue{rid} Root="HKCR" Key={quoteattr(key)}{name_attr} '
                   f'Type="string" Value={quoteattr(value)}{keypath}/>')
                 keypath = ""
             w('          </Component>')
