@@ -12,6 +12,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://example.org/ostrel")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_THREADS 0)  # xz on every core: the debug package is large
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lists the installed products of one software family")
 # The first line of each is the summary above; CPack indents the rest.
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "ostrel tells which of the family's products are installed (names, part

@@ -60,15 +60,24 @@ def main():
     version, stage, work = sys.argv[1], Path(sys.argv[2]), Path(sys.argv[3])
     before = parse(work / "before.txt")
     components = {}  # (bitness, view) -> rows
+    written = {}  # view -> {(key, name): value} of the 64-bit registration
     for bitness in ("x64", "x86"):
         folder, folder_property = FOLDERS[bitness]
         for key, name, value in added(before, parse(work / f"{bitness}.txt")):
             if not key.startswith(ROOT):
                 sys.exit(f"registration wrote outside HKEY_CLASSES_ROOT: {key}")
             key = key[len(ROOT):]
-            view = "32" if bitness == "x86" or key.startswith(WOW) else "64"
+            # The view the key landed in, as the 64-bit export shows it: a
+            # 32-bit registration's ProgIDs land in the shared part.
+            view = "32" if key.startswith(WOW) else "64"
             if key.startswith(WOW):
                 key = key[len(WOW):]
+            # A value both DLLs write (the type library's help folder) keeps
+            # the 64-bit DLL's data, as registering both leaves it.
+            if bitness == "x86" and name is not None and (key, name) in written.get(view, {}):
+                continue
+            if bitness == "x64" and name is not None:
+                written.setdefault(view, {})[(key, name)] = value
             if value is not None:
                 # The install folder as the package knows it.
                 value = value.replace(folder + "\\Ostrel.dll", f"[#{bitness}_Ostrel.dll]")
@@ -101,22 +110,24 @@ def main():
             w(f'            <File Id="{bitness}_{path.name}" Name="{path.name}" Source="{bitness}/{path.name}"{keypath}/>')
             w('          </Component>')
         for (owner, view), rows in sorted(components.items()):
-            if owner != bitness:
+            if owner != bitness or not rows:
                 continue
             cid = f"registry_{owner}_view{view}"
             refs.append(cid)
             w(f'          <Component Id="c_{cid}" Guid="{guid(cid)}" Win64="{"yes" if view == "64" else "no"}">')
             valued = {key for key, name, _ in rows if name is not None}
             keypath = ' KeyPath="yes"'
-            for key, name, value in rows:
+            # Ids of their own: both DLLs write the same keys, each in its view.
+            for number, (key, name, value) in enumerate(rows):
+                rid = f' Id="r_{owner}_{view}_{number}"'
                 if name is None:
                     # A key registration makes even with no value in it.
                     # ("*": made on install, removed on uninstall).
                     if key not in valued:
-                        w(f'            <RegistryValue Root="HKCR" Key={quoteattr(key)} Name="*" Type="string" Value=""/>')
+                        w(f'            <RegistryValue{rid} Root="HKCR" Key={quoteattr(key)} Name="*" Type="string" Value=""/>')
                     continue
                 name_attr = f" Name={quoteattr(name)}" if name else ""
-                w(f'            <RegistryValue Root="HKCR" Key={quoteattr(key)}{name_attr} '
+                w(f'            <RegistryValue{rid} Root="HKCR" Key={quoteattr(key)}{name_attr} '
                   f'Type="string" Value={quoteattr(value)}{keypath}/>')
                 keypath = ""
             w('          </Component>')

@@ -49,6 +49,24 @@ wine_churn=(
   'HKEY_LOCAL_MACHINE\Software\Wow6432Node\Microsoft\Windows\CurrentVersion\Fonts'
 )
 
+# The empty folders of Windows Installer's own bookkeeping, which msiexec
+# makes on first use and never removes (on Windows they are always there):
+# set aside as keys only, so that a product, feature or component left in
+# them still shows.
+installer_keys=(
+  'HKEY_CLASSES_ROOT\Installer' 'HKEY_CLASSES_ROOT\Installer\Features'
+  'HKEY_CLASSES_ROOT\Installer\Products' 'HKEY_CLASSES_ROOT\Installer\UpgradeCodes'
+  'HKEY_LOCAL_MACHINE\Software\Classes\Installer'
+  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\Features'
+  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\Products'
+  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\UpgradeCodes'
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UpgradeCodes'
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData'
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18'
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18\Components'
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18\Products'
+)
+
 # One more is made to happen before the first export rather than set aside:
 # the first start of Wine's script host of each bitness registers its type
 # library (IHost, IArguments2 and a TypeLib value of another interface).
@@ -73,10 +91,14 @@ export_registry() {
 
 # set_aside <file>: the export without the sections of the keys set aside.
 set_aside() {
-  printf '%s\n' "$older" "${wine_churn[@]}" | awk '
-    NR == FNR { if ($0 != "") skip[tolower($0)] = 1; next }
+  { printf '%s\n' "$older" "${wine_churn[@]}"; printf '=%s\n' "${installer_keys[@]}"; } | awk '
+    NR == FNR {
+      if (substr($0, 1, 1) == "=") exact[tolower(substr($0, 2))] = 1
+      else if ($0 != "") skip[tolower($0)] = 1
+      next
+    }
     /^\[/ {
-      key = tolower(substr($0, 2, length($0) - 2)); out = 1
+      key = tolower(substr($0, 2, length($0) - 2)); out = !(key in exact)
       for (k in skip) if (key == k || index(key, k "\\") == 1) out = 0
     }
     out' - "$1"

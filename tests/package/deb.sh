@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# The .deb of dist/: lintian finds no error; installed, the tool runs and
+# finds its data in /usr/share/ostrel (the German texts); its manual page is
+# found when there is one; removed, it leaves no file behind.
+#
+#   bash tests/package/deb.sh [DIST]      (run as root: it installs the package)
+set -euo pipefail
+dist="${1:-$(cd "$(dirname "$0")/../.." && pwd)/dist}"
+deb=$(ls "$dist"/ostrel_*_amd64.deb)
+version=$(dpkg-deb -f "$deb" Version)
+failures=0
+ok() { echo "ok   $*"; }
+fail() { echo "FAIL $*"; failures=$((failures + 1)); }
+check() { local what="$1"; shift; if "$@" >/dev/null; then ok "$what"; else fail "$what"; fi; }
+
+check "lintian: no error" lintian --fail-on error "$deb" "$dist"/ostrel-dbgsym_"$version"_amd64.deb
+dpkg -i "$deb" >/dev/null
+files=$(dpkg -L ostrel)
+check "ostrel --version names $version" grep -q "^ostrel $version" <(/usr/bin/ostrel --version)
+check "ostrel catalogue runs" /usr/bin/ostrel catalogue
+check "the German texts from /usr/share/ostrel" \
+  grep -q "^Info über" <(OSTREL_LANGUAGE=de /usr/bin/ostrel language text 312)
+if grep -q "/man1/ostrel" <<<"$files"; then
+  check "man -w ostrel" man -w ostrel
+else
+  echo "skip man -w ostrel: the package has no manual page"
+fi
+dpkg -r ostrel >/dev/null
+left=()
+while read -r file; do
+  [ -f "$file" ] || [ -L "$file" ] && left+=("$file")
+  case "$file" in /usr/share/ostrel | /usr/share/doc/ostrel) [ -d "$file" ] && left+=("$file") ;; esac
+done <<<"$files"
+check "dpkg -r leaves no file (${left[*]:-none left})" [ ${#left[@]} -eq 0 ]
+echo "deb: $failures failure(s)"
+[ "$failures" = 0 ]
