@@ -309,57 +309,6 @@ RegFileRegistry::RegFileRegistry() : tree_(newRegFileTree()) {}
 
 RegFileRegistry::~RegFileRegistry() = default;
 
-namespace {
-
-// A named file held to sizes no real export reaches, so that a device or an
-// endless pipe ends in an error naming the file instead of taking all memory.
-// Lines are counted by their '\n' bytes; in a UTF-16 file that count is no
-// line number, and the error names none.
-class BoundedFileBuffer final : public std::streambuf {
-  public:
-    static constexpr std::uint64_t kMaxFileBytes = std::uint64_t{512} << 20;
-    static constexpr std::uint64_t kMaxLineBytes = std::uint64_t{8} << 20;
-
-    explicit BoundedFileBuffer(std::streambuf& file) : file_(file) {}
-
-  private:
-    int_type underflow() override {
-        std::streamsize got = 0;
-        try {
-            got = file_.sgetn(chunk_.data(), static_cast<std::streamsize>(chunk_.size()));
-        } catch (const std::exception&) {
-            fail("can't read the file" + systemReason(errno));
-        }
-        if (got <= 0) return traits_type::eof();
-        if (total_ == 0) utf16_ = got >= 2 && chunk_[0] == '\xFF' && chunk_[1] == '\xFE';
-        total_ += static_cast<std::uint64_t>(got);
-        if (total_ > kMaxFileBytes) fail("the file is larger than 512 MiB");
-        for (std::streamsize i = 0; i < got; ++i) {
-            if (chunk_[static_cast<std::size_t>(i)] == '\n') {
-                ++lines_;
-                lineBytes_ = 0;
-            } else if (++lineBytes_ > kMaxLineBytes) {
-                fail("a line is longer than 8 MiB");
-            }
-        }
-        setg(chunk_.data(), chunk_.data(), chunk_.data() + got);
-        return traits_type::to_int_type(chunk_[0]);
-    }
-
-    [[noreturn]] void fail(std::string message) const {
-        throw ParseFailure{utf16_ ? 0 : lines_ + 1, std::move(message)};
-    }
-
-    std::streambuf& file_;
-    std::array<char, kReadChunk> chunk_{};
-    std::uint64_t total_ = 0;
-    std::uint64_t lineBytes_ = 0;
-    int lines_ = 0;
-    bool utf16_ = false;
-};
-
-}  // namespace
-
 void RegFileRegistry::loadFile(const std::string& path) {
     // The name is UTF-8; through a path, Windows opens it by its wide form.
     const std::filesystem::path file(std::u8string(path.begin(), path.end()));
@@ -368,10 +317,7 @@ void RegFileRegistry::loadFile(const std::string& path) {
     errno = 0;
     std::ifstream in(file, std::ios::binary);
     if (!in) throw RegFileError(path, 0, "can't open the file" + systemReason(errno));
-    BoundedFileBuffer bounded(*in.rdbuf());
-    std::istream limited(&bounded);
-    limited.exceptions(std::ios::badbit);  // the buffer's own error, not a bare bad bit
-    load(limited, path);
+    load(in, path);
 }
 
 void RegFileRegistry::loadText(std::string_view text, const std::string& name) {

@@ -88,6 +88,8 @@ bool TextLines::next(std::string& line) {
             return true;
         }
         scanned_ = pending_.size();
+        if (scanned_ - start_ > kMaxLineBytes)
+            throw TextError{number_ + 1, "a line is longer than 8 MiB"};
         if (!fill()) break;
     }
     if (start_ == pending_.size()) return false;
@@ -112,6 +114,8 @@ bool TextLines::fill() {
         in_.read(chunk_.data(), static_cast<std::streamsize>(chunk_.size()));
         if (in_.bad()) throw TextError{number_ + 1, "can't read the file" + systemReason(errno)};
         raw_.append(chunk_.data(), static_cast<std::size_t>(in_.gcount()));
+        read_ += static_cast<std::uint64_t>(in_.gcount());
+        if (read_ > kMaxFileBytes) throw TextError{number_ + 1, "the file is larger than 512 MiB"};
         ended_ = in_.eof();
         decode();
     }

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -31,6 +32,11 @@ std::string decodeUtf16Le(std::string_view bytes);
 
 class TextLines {
   public:
+    // Sizes no real file reaches, so that a device or an endless pipe ends in
+    // an error naming the line instead of taking all memory.
+    static constexpr std::uint64_t kMaxFileBytes = std::uint64_t{512} << 20;
+    static constexpr std::size_t kMaxLineBytes = std::size_t{8} << 20;
+
     explicit TextLines(std::istream& in) : in_(in) {}
 
     // The next line, without its '\n'; false after the last. Throws TextError
@@ -55,6 +61,7 @@ class TextLines {
     std::size_t start_ = 0;
     std::size_t scanned_ = 0;  // pending_ holds no '\n' from start_ to here
     Encoding encoding_ = Encoding::Unknown;
+    std::uint64_t read_ = 0;  // bytes taken from the stream
     bool ended_ = false;
     int number_ = 0;
 };
