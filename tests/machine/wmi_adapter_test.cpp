@@ -17,6 +17,7 @@
 #ifndef _WIN32
 #include <sys/utsname.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -110,17 +111,26 @@ TEST(LinuxWmi, EachClassSaysWhatTheSystemFilesSayAndNullWhereTheyAreSilent) {
 
     std::set<std::string> packages;
     std::string model;
+    double mhz = 0;
     std::ifstream cpuinfo("/proc/cpuinfo");
     for (std::string line; std::getline(cpuinfo, line);) {
         if (line.starts_with("physical id")) packages.insert(line);
         if (line.starts_with("model name") && model.empty())
             model = trimBlanks(line.substr(line.find(':') + 1));
+        if (line.starts_with("cpu MHz") && mhz == 0)
+            mhz = std::stod(line.substr(line.find(':') + 1));
     }
     const auto processors = objectsOf(*services, "Select * from Win32_Processor");
     EXPECT_EQ(processors.size(), std::max<std::size_t>(packages.size(), 1u));
     EXPECT_EQ(textOf(*processors[0], "name"), model);
     EXPECT_EQ(textOf(*processors[0], "DeviceId"), "CPU0");
     EXPECT_TRUE(processors[0]->property("version").isNull());
+    // Without cpufreq (virtual machines) the clock /proc/cpuinfo gives.
+    if (!std::filesystem::exists("/sys/devices/system/cpu/cpu0/cpufreq") && mhz > 0) {
+        const Variant clock = processors[0]->property("MaxClockSpeed");
+        ASSERT_TRUE(clock.getIf<int32_t>());
+        EXPECT_EQ(*clock.getIf<int32_t>(), std::lround(mhz));
+    }
 
     std::size_t displays = 0;
     for (const auto& device : std::filesystem::directory_iterator("/sys/bus/pci/devices")) {
