@@ -47,8 +47,19 @@ Json objectOf(platform::WmiObject& object, std::span<const std::string_view> pro
     return result;
 }
 
+// The next object of a result set; null after the last, and when the
+// enumeration fails, which `failed` then says.
+std::unique_ptr<platform::WmiObject> nextOf(platform::WmiResultSet& set, bool& failed) {
+    try {
+        return set.next();
+    } catch (const AutomationError&) {
+        failed = true;
+        return nullptr;
+    }
+}
+
 // Every object of every class the inventory reads; a class whose query gives
-// a null result set (or fails) stays out.
+// a null result set, or whose query or enumeration fails, stays out.
 Json savedInventory(platform::WmiServices& services) {
     Json inventory = Json::object();
     for (const WmiClassReading& reading : wmiInventoryReadings()) {
@@ -59,7 +70,8 @@ Json savedInventory(platform::WmiServices& services) {
         }
         if (!set) continue;
         Json& objects = inventory[std::string(reading.className)] = Json::array();
-        while (const auto object = set->next()) {
+        bool failed = false;
+        while (const auto object = nextOf(*set, failed)) {
             Json saved = objectOf(*object, reading.properties);
             if (reading.className == "Win32_LogonSession" && saved.contains("LogonId")) {
                 std::unique_ptr<platform::WmiResultSet> accounts;
@@ -70,13 +82,16 @@ Json savedInventory(platform::WmiServices& services) {
                 }
                 if (accounts) {
                     Json& list = saved["Accounts"] = Json::array();
-                    while (const auto account = accounts->next()) {
+                    bool accountsFailed = false;
+                    while (const auto account = nextOf(*accounts, accountsFailed)) {
                         list.push_back(objectOf(*account, wmiAccountProperties()));
                     }
+                    if (accountsFailed) saved.erase("Accounts");  // no result, as a null set
                 }
             }
             objects.push_back(std::move(saved));
         }
+        if (failed) inventory.erase(std::string(reading.className));
     }
     return inventory;
 }

@@ -13,7 +13,7 @@ class PathPort {
   public:
     virtual ~PathPort() = default;
     // GetLongPathNameA: the length written into the buffer (without its
-    // NUL) when it fits in size; otherwise the size needed, NUL included,
+    // NUL, in UTF-8 bytes) when it fits in size; otherwise the size needed, NUL included,
     // and the buffer untouched; 0 for a path that does not exist. Where the
     // file system has no short names the long form is the path itself.
     virtual uint32_t getLongPathName(std::string_view path, std::string& buffer, uint32_t size) = 0;

@@ -310,6 +310,36 @@ std::string fromUtf16(std::u16string_view utf16) {
     return out;
 }
 
+// Files are mostly ASCII: those units are copied straight, and only runs of
+// other characters go through the general conversion.
+std::string fromUtf16Bytes(std::string_view bytes, bool bigEndian) {
+    const size_t count = bytes.size() / 2;
+    const size_t low = bigEndian ? 1 : 0;
+    auto unitAt = [&](size_t k) {
+        return static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * k + low]) |
+                                     (static_cast<unsigned char>(bytes[2 * k + 1 - low]) << 8));
+    };
+    std::string out(count, '\0');
+    size_t used = 0;
+    std::u16string run;
+    for (size_t k = 0; k < count;) {
+        const char16_t unit = unitAt(k);
+        if (unit < 0x80) {
+            out[used++] = static_cast<char>(unit);
+            ++k;
+            continue;
+        }
+        run.clear();
+        for (; k < count && unitAt(k) >= 0x80; ++k) run += unitAt(k);
+        const std::string converted = fromUtf16(run);
+        out.resize(std::max(out.size(), used + converted.size() + (count - k)));
+        out.replace(used, converted.size(), converted);
+        used += converted.size();
+    }
+    out.resize(used);
+    return out;
+}
+
 bool isValidUtf8(std::string_view text) {
     size_t i = 0;
     const size_t n = text.size();

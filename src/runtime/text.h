@@ -43,5 +43,8 @@ bool isValidUtf8(std::string_view text);
 // becomes U+FFFD.
 std::u16string toUtf16(std::string_view utf8);
 std::string fromUtf16(std::u16string_view utf16);
+// UTF-16 as bytes in a file, little- or big-endian, without its byte order
+// mark; an odd last byte is ignored.
+std::string fromUtf16Bytes(std::string_view bytes, bool bigEndian = false);
 
 }  // namespace ostrel

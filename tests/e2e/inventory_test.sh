@@ -62,6 +62,16 @@ check "the absent property fails at its read" \
     '[ "$err" = "GetWmiOSInfo ERR(438) Object doesn'\''t support this property or method
 GetWmiUserAccountInfo ERR(0) " ]'
 
+# As Windows PowerShell's > writes it: UTF-16 with a byte order mark.
+for order in LE:'\xff\xfe' BE:'\xfe\xff'; do
+    { printf "${order#*:}"; iconv -f UTF-8 -t "UTF-16${order%%:*}" "$work/quirks.json"; } >"$work/wide.json"
+    run --wmi "$work/wide.json" --trace inventory
+    check "UTF-16${order%%:*} reads as UTF-8 does" '[ "$rc" = 0 ] && [ "$(tail -n +2 <<<"$out")" = "$expected" ]'
+done
+printf '\xff\xfe{\0}' >"$work/odd.json"
+run --wmi "$work/odd.json" inventory
+check "UTF-16 cut in half a character" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/odd.json: the file ends in half a UTF-16 character (an odd number of bytes)" ]'
+
 # A file that isn't such an inventory: the file and the line, exit 1.
 mkdir "$work/folder"
 run --wmi "$work/folder" inventory

@@ -120,13 +120,16 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
     fakes::TestApartment fx;
     fx.ports.paths = &platform::systemPaths();
     fx.install();
-    const std::string folder = fakes::utf8Of(std::filesystem::canonical(fx.programData));
+    // Not ASCII: the A calls count its bytes in the ANSI code page, not in UTF-8.
+    const std::filesystem::path home = fx.programData / fakes::pathOf("Jürgen");
+    std::filesystem::create_directories(home);
+    const std::string folder = fakes::utf8Of(std::filesystem::canonical(home));
     EXPECT_EQ(gfstrGetLongPathFilename(folder), folder);
     const std::string missing = folder + "/missing";
     EXPECT_EQ(gfstrGetLongPathFilename(missing), missing);
 
     const std::string before = gfstrSetCurrentFolder(folder);
-    EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(fx.programData));
+    EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(home));
     EXPECT_EQ(gfstrSetCurrentFolder(missing), folder) << "the old one, as if all went well";
     EXPECT_EQ(gfstrSetCurrentFolder(before), folder);
     EXPECT_EQ(fakes::utf8Of(std::filesystem::current_path()), before);
@@ -135,7 +138,7 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
 #ifdef _WIN32
     // Beyond 260 characters the A call refuses the path (the two calls are
     // the fakes' test): it comes back as given, and nothing is logged.
-    std::wstring deep = L"\\\\?\\" + std::filesystem::path(folder).wstring();
+    std::wstring deep = L"\\\\?\\" + fakes::pathOf(folder).wstring();
     for (wchar_t letter = L'a'; letter < L'g'; ++letter) {
         deep += L"\\" + std::wstring(50, letter);
         ASSERT_TRUE(CreateDirectoryW(deep.c_str(), nullptr)) << GetLastError();
@@ -147,8 +150,8 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
 
     // A file held open without delete sharing, as another program holds it.
     const std::string held = folder + "\\held.txt";
-    HANDLE handle = CreateFileA(held.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE handle = CreateFileW(fakes::pathOf(held).wstring().c_str(), GENERIC_WRITE, 0, nullptr,
+                                CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(handle, INVALID_HANDLE_VALUE);
     EXPECT_FALSE(gfblnDeleteFile(held));
     CloseHandle(handle);

@@ -16,6 +16,8 @@
 #ifndef _WIN32
 #include <sys/sysinfo.h>
 #include <sys/utsname.h>
+
+#include <filesystem>
 #endif
 
 namespace ostrel {
@@ -87,6 +89,12 @@ TEST(LinuxWmi, TheFactsAHostSeesAndNullWhereTheFilesAreSilent) {
     const auto processors = objectsOf(*services, "Select * from Win32_Processor");
     EXPECT_EQ(textOf(*processors[0], "DeviceId"), "CPU0");
     EXPECT_TRUE(processors[0]->property("version").isNull());
+    // Without cpufreq (virtual machines) the clock comes from /proc/cpuinfo.
+    if (!std::filesystem::exists("/sys/devices/system/cpu/cpu0/cpufreq")) {
+        const Variant clock = processors[0]->property("MaxClockSpeed");
+        ASSERT_TRUE(clock.getIf<int32_t>());
+        EXPECT_GT(*clock.getIf<int32_t>(), 0);
+    }
     const auto os = objectsOf(*services, "Select * from Win32_OperatingSystem");
     utsname names{};
     ASSERT_EQ(uname(&names), 0);

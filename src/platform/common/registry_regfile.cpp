@@ -16,6 +16,7 @@
 
 #include "platform/common/registry_tree.h"
 #include "platform/common/text_lines.h"
+#include "runtime/text.h"
 
 namespace ostrel::platform {
 
@@ -277,7 +278,7 @@ class Parser {
         if (staged.type != kRegSz && staged.type != kRegExpandSz && staged.type != kRegMultiSz) {
             return;
         }
-        std::string text = unicode_ ? decodeUtf16Le(staged.data) : decodeAnsi(staged.data);
+        std::string text = unicode_ ? fromUtf16Bytes(staged.data) : decodeAnsi(staged.data);
         if (staged.type == kRegMultiSz) {
             while (!text.empty() && text.back() == '\0') text.pop_back();
             staged.data = std::move(text);

@@ -47,35 +47,6 @@ std::string decodeAnsi(std::string_view bytes) {
     return out;
 }
 
-// Exports are mostly ASCII: those units are copied straight, and only runs of
-// other characters go through the general conversion.
-std::string decodeUtf16Le(std::string_view bytes) {
-    const std::size_t count = bytes.size() / 2;
-    auto unitAt = [&](std::size_t k) {
-        return static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * k]) |
-                                     (static_cast<unsigned char>(bytes[2 * k + 1]) << 8));
-    };
-    std::string out(count, '\0');
-    std::size_t used = 0;
-    std::u16string run;
-    for (std::size_t k = 0; k < count;) {
-        const char16_t unit = unitAt(k);
-        if (unit < 0x80) {
-            out[used++] = static_cast<char>(unit);
-            ++k;
-            continue;
-        }
-        run.clear();
-        for (; k < count && unitAt(k) >= 0x80; ++k) run += unitAt(k);
-        const std::string converted = fromUtf16(run);
-        out.resize(std::max(out.size(), used + converted.size() + (count - k)));
-        out.replace(used, converted.size(), converted);
-        used += converted.size();
-    }
-    out.resize(used);
-    return out;
-}
-
 std::string systemReason(int error) {
     return error != 0 ? ": " + std::generic_category().message(error) : std::string();
 }
@@ -150,7 +121,7 @@ void TextLines::decode() {
     if (!ended_ && usable >= 2 && (static_cast<unsigned char>(raw_[usable - 1]) & 0xFC) == 0xD8) {
         usable -= 2;
     }
-    pending_ += decodeUtf16Le(std::string_view(raw_).substr(0, usable));
+    pending_ += fromUtf16Bytes(std::string_view(raw_).substr(0, usable));
     raw_.erase(0, usable);
     if (ended_ && !raw_.empty()) {
         const auto lines = std::count(pending_.begin() + static_cast<std::ptrdiff_t>(start_),

@@ -27,8 +27,6 @@ std::string systemReason(int error);
 // UTF-8 even into REGEDIT4 files, so valid UTF-8 is taken as it stands and
 // anything else is read as Windows-1252.
 std::string decodeAnsi(std::string_view bytes);
-// UTF-16LE bytes (whole units) as UTF-8.
-std::string decodeUtf16Le(std::string_view bytes);
 
 class TextLines {
   public:

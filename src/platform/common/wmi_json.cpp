@@ -272,6 +272,16 @@ void WmiJsonProvider::loadFile(const std::string& path) {
 }
 
 void WmiJsonProvider::loadText(std::string_view text, const std::string& name) {
+    // UTF-16 with its byte order mark, as Windows PowerShell's > writes it.
+    std::string decoded;
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+        if (text.size() % 2 != 0) {
+            throw WmiJsonError(name, 0,
+                               "the file ends in half a UTF-16 character (an odd number of bytes)");
+        }
+        decoded = fromUtf16Bytes(text.substr(2), text.starts_with("\xFE"));
+        text = decoded;
+    }
     auto classes = std::make_shared<Classes>();
     int line = 1;
     try {

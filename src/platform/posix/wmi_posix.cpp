@@ -23,7 +23,8 @@
 // Win32_Processor, one object per physical package of /proc/cpuinfo
 //   name                 "model name"
 //   MaxClockSpeed        cpufreq's cpuinfo_max_freq of the package's first processor, in MHz;
-//                        null without cpufreq (virtual machines)
+//                        without cpufreq (virtual machines) its "cpu MHz" of /proc/cpuinfo,
+//                        to the nearest whole MHz; null without either
 //   NumberOfCores        "cpu cores"
 //   AddressWidth         64 or 32, the system's width (uname's machine)
 //   DeviceId             "CPU" and the package's number
@@ -59,7 +60,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -175,20 +178,20 @@ Variant processorId() {
 std::vector<WmiRecord> processors() {
     struct Package {
         int firstProcessor = -1;
-        Variant name = kNull, cores = kNull;
+        Variant name = kNull, cores = kNull, mhz = kNull;
     };
     std::map<int, Package> packages;  // by physical id
     std::istringstream cpuinfo(fileText("/proc/cpuinfo"));
     std::string line;
     int processor = -1, physical = 0;
-    Variant name = kNull, cores = kNull;
+    Variant name = kNull, cores = kNull, mhz = kNull;
     const auto flush = [&] {
         if (processor < 0) return;
         Package& package = packages[physical];
-        if (package.firstProcessor < 0) package = {processor, name, cores};
+        if (package.firstProcessor < 0) package = {processor, name, cores, mhz};
         processor = -1;
         physical = 0;
-        name = cores = kNull;
+        name = cores = mhz = kNull;
     };
     while (std::getline(cpuinfo, line)) {
         const std::size_t colon = line.find(':');
@@ -206,6 +209,9 @@ std::vector<WmiRecord> processors() {
             physical = std::atoi(value.c_str());
         } else if (key == "model name") {
             name = textOrNull(value);
+        } else if (key == "cpu MHz") {
+            const double clock = std::strtod(value.c_str(), nullptr);
+            if (clock > 0 && clock < 1e6) mhz = Variant(static_cast<int32_t>(std::lround(clock)));
         } else if (key == "cpu cores") {
             cores = Variant(static_cast<int32_t>(std::atoi(value.c_str())));
         }
@@ -219,7 +225,7 @@ std::vector<WmiRecord> processors() {
         const Variant maxKHz =
             lineOf("/sys/devices/system/cpu/cpu" + std::to_string(package.firstProcessor) +
                    "/cpufreq/cpuinfo_max_freq");
-        Variant maxMHz = kNull;
+        Variant maxMHz = package.mhz;
         if (const auto* text = maxKHz.getIf<std::string>()) {
             maxMHz = Variant(static_cast<int32_t>(std::atoll(text->c_str()) / 1000));
         }

@@ -6,9 +6,11 @@
 // document. The file is read and replaced as a file of our own in a shared
 // folder (own_file.h): a save goes to a temporary file beside the target and
 // is renamed over it, so a crash never leaves half a file.
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <pugixml.hpp>
 
@@ -17,6 +19,7 @@
 #include "platform/own_file.h"
 #include "platform/posix/own_file_posix.h"
 #include "runtime/automation_error.h"
+#include "runtime/text.h"
 
 namespace ostrel::platform {
 
@@ -25,9 +28,13 @@ namespace {
 class PugiNode final : public XmlNode {
   public:
     // A node of the tree, or an element created and not yet appended.
-    explicit PugiNode(pugi::xml_node node) : node_(node) {}
-    explicit PugiNode(std::string name) : pendingName_(std::move(name)) {}
-    explicit PugiNode(pugi::xml_attribute attribute) : attribute_(attribute) {}
+    // Each knows its document's preserveWhiteSpace, which its text follows.
+    PugiNode(pugi::xml_node node, const bool* preserve)
+        : node_(node), preserveWhiteSpace_(preserve) {}
+    PugiNode(std::string name, const bool* preserve)
+        : pendingName_(std::move(name)), preserveWhiteSpace_(preserve) {}
+    PugiNode(pugi::xml_attribute attribute, const bool* preserve)
+        : attribute_(attribute), preserveWhiteSpace_(preserve) {}
 
     std::unique_ptr<XmlNode> selectSingleNode(std::string_view path) override {
         if (!node_) return nullptr;
@@ -38,8 +45,10 @@ class PugiNode final : public XmlNode {
         } catch (const pugi::xpath_exception& error) {
             raiseXmlFailure(error.what());
         }
-        if (found.attribute()) return std::make_unique<PugiNode>(found.attribute());
-        if (found.node()) return std::make_unique<PugiNode>(found.node());
+        if (found.attribute()) {
+            return std::make_unique<PugiNode>(found.attribute(), preserveWhiteSpace_);
+        }
+        if (found.node()) return std::make_unique<PugiNode>(found.node(), preserveWhiteSpace_);
         return nullptr;
     }
 
@@ -62,8 +71,20 @@ class PugiNode final : public XmlNode {
             return node_ ? node_.value() : std::string();
         }
         std::string text;
+        // Where white space is not preserved, the document object drops it
+        // at both ends of the text, but not from a CDATA section there.
+        size_t firstEnd = 0, lastStart = 0;
+        bool firstIsText = false, lastIsText = false;
         for (pugi::xml_node n = node_.first_child(); n;) {
-            if (n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata) text += n.value();
+            if (n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata) {
+                if (text.empty() && !firstEnd) {
+                    firstIsText = n.type() == pugi::node_pcdata;
+                    firstEnd = std::string_view(n.value()).size();
+                }
+                lastIsText = n.type() == pugi::node_pcdata;
+                lastStart = text.size();
+                text += n.value();
+            }
             // Depth first, without recursion.
             if (n.first_child()) {
                 n = n.first_child();
@@ -72,6 +93,18 @@ class PugiNode final : public XmlNode {
             while (n && !n.next_sibling() && n != node_) n = n.parent();
             if (!n || n == node_) break;
             n = n.next_sibling();
+        }
+        if (!*preserveWhiteSpace_) {
+            constexpr std::string_view kWhiteSpace = " \t\r\n";
+            if (lastIsText) {
+                const size_t end = text.find_last_not_of(kWhiteSpace);
+                text.erase(end == std::string::npos || end < lastStart ? lastStart : end + 1);
+            }
+            if (firstIsText) {
+                const size_t start = text.find_first_not_of(kWhiteSpace);
+                text.erase(0, std::min(start == std::string::npos ? text.size() : start,
+                                       std::min(firstEnd, text.size())));
+            }
         }
         return text;
     }
@@ -91,11 +124,12 @@ class PugiNode final : public XmlNode {
     pugi::xml_node node_;
     std::string pendingName_;
     pugi::xml_attribute attribute_;
+    const bool* preserveWhiteSpace_;
 };
 
 class PugiDocument final : public XmlDocument {
   public:
-    PugiDocument() : root_(document_) {}
+    PugiDocument() : root_(document_, &preserveWhiteSpace_) {}
 
     void setAsync(bool) override {}
     void setPreserveWhiteSpace(bool preserve) override { preserveWhiteSpace_ = preserve; }
@@ -116,6 +150,7 @@ class PugiDocument final : public XmlDocument {
             result = document_.load_buffer(content->data(), content->size(),
                                            options | pugi::parse_doctype, pugi::encoding_auto);
         }
+        loadedEncoding_ = result ? result.encoding : pugi::encoding_utf8;
         const bool loaded = result && !hasDoctype();
         if (!loaded) document_.reset();  // what was parsed before the error goes too
         return loaded;
@@ -125,7 +160,7 @@ class PugiDocument final : public XmlDocument {
 
     std::unique_ptr<XmlNode> createElement(std::string_view name) override {
         checkElementName(name);
-        return std::make_unique<PugiNode>(std::string(name));
+        return std::make_unique<PugiNode>(std::string(name), &preserveWhiteSpace_);
     }
 
     void save(std::string_view path) override {
@@ -139,9 +174,13 @@ class PugiDocument final : public XmlDocument {
                 content.append(static_cast<const char*>(data), size);
             }
         } writer(content);
-        // No declaration of our own, no white space: what the document object writes.
-        document_.save(writer, "", pugi::format_raw | pugi::format_no_declaration,
-                       pugi::encoding_utf8);
+        // No declaration of our own, no white space: what the document object
+        // writes, in the encoding that the declaration names.
+        const pugi::xml_encoding encoding = encodingToWrite();
+        document_.save(writer, "",
+                       pugi::format_raw | pugi::format_no_declaration |
+                           (encoding == pugi::encoding_utf8 ? 0u : pugi::format_write_bom),
+                       encoding);
         // No fsync, as the document object has none: the rename keeps a
         // crashed process from leaving half a file.
         if (const int error = replaceOwnFile(target, content, 0644)) raiseFileError(error);
@@ -153,6 +192,38 @@ class PugiDocument final : public XmlDocument {
             if (n.type() == pugi::node_doctype) return true;
         }
         return false;
+    }
+
+    // Latin-1 and UTF-16 as declared; for any other declaration, or text
+    // that Latin-1 can't hold, UTF-8 with a declaration that says so. A file
+    // never says one encoding and holds another.
+    pugi::xml_encoding encodingToWrite() {
+        const pugi::xml_node declaration = document_.first_child();
+        pugi::xml_attribute named = declaration.type() == pugi::node_declaration
+                                        ? declaration.attribute("encoding")
+                                        : pugi::xml_attribute();
+        if (!named) return pugi::encoding_utf8;
+        const std::string name = lowerCase(named.value());
+        if (name == "utf-16" || name == "utf-16le" || name == "utf-16be") {
+            if (loadedEncoding_ == pugi::encoding_utf16_be || name == "utf-16be") {
+                return pugi::encoding_utf16_be;
+            }
+            return pugi::encoding_utf16_le;
+        }
+        if (name == "iso-8859-1" || name == "latin1") {
+            struct Scan final : pugi::xml_writer {
+                bool beyondLatin1 = false;  // a lead byte of U+0100 and above
+                void write(const void* data, size_t size) override {
+                    const auto* bytes = static_cast<const unsigned char*>(data);
+                    for (size_t i = 0; i < size; ++i) beyondLatin1 |= bytes[i] >= 0xC4;
+                }
+            } scan;
+            document_.save(scan, "", pugi::format_raw | pugi::format_no_declaration,
+                           pugi::encoding_utf8);
+            if (!scan.beyondLatin1) return pugi::encoding_latin1;
+        }
+        if (name != "utf-8") named.set_value("UTF-8");
+        return pugi::encoding_utf8;
     }
 
     [[noreturn]] static void raiseFileError(int error) {
@@ -174,6 +245,7 @@ class PugiDocument final : public XmlDocument {
     pugi::xml_document document_;
     PugiNode root_;
     bool preserveWhiteSpace_ = false;
+    pugi::xml_encoding loadedEncoding_ = pugi::encoding_utf8;
 };
 
 class PugiXml final : public XmlPort {

@@ -18,10 +18,12 @@ class AnsiBuffer {
         if (ansi_.size() < size) ansi_.resize(size, '\0');
     }
     char* data() { return ansi_.data(); }
-    // Copies back what the call wrote, when it wrote.
+    // Copies back what the call wrote, when it wrote, and gives its length
+    // in the caller's UTF-8: the call counts ANSI bytes.
     uint32_t result(uint32_t answer, uint32_t size) {
-        if (answer > 0 && answer < size) buffer_ = fromAnsi(ansi_);
-        return answer;
+        if (answer == 0 || answer >= size) return answer;
+        buffer_ = fromAnsi(ansi_);
+        return static_cast<uint32_t>(fromAnsi(std::string_view(ansi_).substr(0, answer)).size());
     }
 
   private:
