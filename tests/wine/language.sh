@@ -41,6 +41,19 @@ for bits in 64 32; do
   expect "win$bits alone: the catalogue" "3 products" \
       "$(OSTREL_PART_NUMBERS="$(winepath -w "$root/tests/fixtures/catalogue-part-numbers.txt" 2>/dev/null)" \
          "$loader" "$alone" --registry "$(winepath -w "$root/tests/fixtures/catalogue.reg" 2>/dev/null)" catalogue 2>&1 | tr -d '\r' | tail -n 1)"
+
+  # A planted hhctrl.ocx beside the program is never loaded: only the system's.
+  # Wine takes its own hhctrl.ocx before any file unless told to prefer native
+  # ones, as Windows does.
+  gcc=$([ "$bits" = 64 ] && echo x86_64 || echo i686)-w64-mingw32-gcc
+  mark=$(winepath -w "$work/win$bits/planted" 2>/dev/null | sed 's/\\/\\\\/g')
+  printf '#include <windows.h>\nBOOL WINAPI DllMain(HINSTANCE h, DWORD why, LPVOID r) {\n  if (why == DLL_PROCESS_ATTACH) CloseHandle(CreateFileA("%s", GENERIC_WRITE, 0, 0, CREATE_ALWAYS, 0, 0));\n  return TRUE;\n}\n' "$mark" >"$work/planted.c"
+  if "$gcc" -shared -o "$work/win$bits/hhctrl.ocx" "$work/planted.c" 2>/dev/null; then
+    touch "$work/win$bits/Guideen.chm"
+    WINEDLLOVERRIDES="$WINEDLLOVERRIDES;hhctrl.ocx=n,b" timeout 60 "$loader" "$alone" language help Guide.chm >/dev/null 2>&1
+    expect "win$bits: a planted hhctrl.ocx beside the program is not loaded" "no" \
+        "$([ -e "$work/win$bits/planted" ] && echo yes || echo no)"
+  fi
 done
 
 if [ "$failures" != 0 ]; then echo "language: $failures failed" >&2; exit 1; fi

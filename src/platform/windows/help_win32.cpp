@@ -13,10 +13,11 @@ namespace {
 using HtmlHelpAFunction = HWND(WINAPI*)(HWND, LPCSTR, UINT, DWORD_PTR);
 
 // hhctrl.ocx is loaded at the first use and stays, as the viewer's windows
-// outlive the call.
+// outlive the call. Only from the system folder: the host's own folder, first
+// in the usual search order, may hold a planted copy.
 HtmlHelpAFunction htmlHelpA() {
     static const HtmlHelpAFunction function = []() -> HtmlHelpAFunction {
-        HMODULE library = LoadLibraryA("hhctrl.ocx");
+        HMODULE library = LoadLibraryExA("hhctrl.ocx", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
         if (!library) return nullptr;
         return reinterpret_cast<HtmlHelpAFunction>(
             reinterpret_cast<void*>(GetProcAddress(library, "HtmlHelpA")));

@@ -6,10 +6,15 @@
 #include <msxml2.h>
 #include <wrl/client.h>
 
+#include <cstring>
+#include <optional>
+
 #include "platform/adapters.h"
 #include "platform/common/xml_rules.h"
+#include "platform/own_file.h"
 #include "platform/windows/com_call_win32.h"
 #include "runtime/automation_error.h"
+#include "runtime/text.h"
 
 namespace ostrel::platform {
 
@@ -19,6 +24,10 @@ using Microsoft::WRL::ComPtr;
 
 constexpr CLSID kDomDocument = {
     0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+// IXMLDOMDocument2, where the document's properties are set.
+constexpr IID kDomDocument2 = {
+    0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
 // A path as the document's calls take it: a VARIANT holding a BSTR.
 class PathVariant {
@@ -112,9 +121,46 @@ class MsxmlDocument final : public XmlDocument {
     }
 
     bool load(std::string_view path) override {
-        const PathVariant file(path);
+        // The file is read as a file of our own (own_file.h) and handed over
+        // as a stream: a link, pipe or oversized file is as damaged as bad XML.
+        std::optional<std::string> content;
+        try {
+            content = readOwnFile(path, kMaxSettingsFileBytes);
+        } catch (const OwnFileRefused&) {
+        }
+        ComPtr<IStream> stream;
+        HGLOBAL memory = content ? GlobalAlloc(GMEM_MOVEABLE, content->size() + 1) : nullptr;
+        if (memory) {
+            std::memcpy(GlobalLock(memory), content->data(), content->size());
+            GlobalUnlock(memory);
+            if (FAILED(CreateStreamOnHGlobal(memory, TRUE, stream.GetAddressOf()))) {
+                GlobalFree(memory);
+                stream.Reset();
+            }
+            if (stream) {
+                ULARGE_INTEGER size{};
+                size.QuadPart = content->size();
+                stream->SetSize(size);
+            }
+        }
+        VARIANT source;
+        VariantInit(&source);
+        source.vt = VT_UNKNOWN;
+        source.punkVal = stream.Get();
         VARIANT_BOOL loaded = VARIANT_FALSE;
-        checkHresult(document_->load(file.get(), &loaded));
+        // Damaged content fails the load, which is no error of the call.
+        if (stream && FAILED(document_->load(source, &loaded))) loaded = VARIANT_FALSE;
+        // A DTD makes the file damaged, whether or not the object refused it.
+        ComPtr<IXMLDOMDocumentType> doctype;
+        if (loaded == VARIANT_TRUE && document_->get_doctype(doctype.GetAddressOf()) == S_OK &&
+            doctype) {
+            loaded = VARIANT_FALSE;
+        }
+        if (loaded != VARIANT_TRUE) {
+            VARIANT_BOOL ignored = VARIANT_FALSE;
+            const Bstr empty("");
+            document_->loadXML(empty.get(), &ignored);  // what was parsed goes too
+        }
         return loaded == VARIANT_TRUE;
     }
 
@@ -129,6 +175,11 @@ class MsxmlDocument final : public XmlDocument {
     }
 
     void save(std::string_view path) override {
+        // Never through a link: the object itself would follow it.
+        const std::u16string wide = toUtf16(path);
+        const DWORD found = GetFileAttributesW(reinterpret_cast<const wchar_t*>(wide.c_str()));
+        if (found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_REPARSE_POINT))
+            raise(kErrPermissionDenied);
         const PathVariant file(path);
         checkHresult(document_->save(file.get()));
     }
@@ -138,6 +189,15 @@ class MsxmlDocument final : public XmlDocument {
     MsxmlNode root_;
 };
 
+void setProperty(IXMLDOMDocument2& document, std::string_view name, bool on) {
+    const Bstr property(name);
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_BOOL;
+    value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;
+    document.setProperty(property.get(), value);
+}
+
 class MsxmlPort final : public XmlPort {
   public:
     std::unique_ptr<XmlDocument> createDocument() override {
@@ -146,6 +206,19 @@ class MsxmlPort final : public XmlPort {
                                   reinterpret_cast<void**>(document.GetAddressOf())))) {
             raise(kErrCantCreate);
         }
+        // No DTD and nothing fetched from outside: the file is one that users
+        // may write. An object too old for a property still meets the DTD
+        // check of load.
+        ComPtr<IXMLDOMDocument2> withProperties;
+        if (SUCCEEDED(document->QueryInterface(
+                kDomDocument2, reinterpret_cast<void**>(withProperties.GetAddressOf())))) {
+            setProperty(*withProperties.Get(), "ProhibitDTD", true);
+            setProperty(*withProperties.Get(), "ResolveExternals", false);
+            setProperty(*withProperties.Get(), "AllowDocumentFunction", false);
+            setProperty(*withProperties.Get(), "AllowXsltScript", false);
+        }
+        document->put_resolveExternals(VARIANT_FALSE);
+        document->put_validateOnParse(VARIANT_FALSE);
         return std::make_unique<MsxmlDocument>(std::move(document));
     }
 };
