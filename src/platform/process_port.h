@@ -30,6 +30,12 @@ class ProcessPort {
     // The run time's start of a program by command line with a window style:
     // the new process's id. Raises (53) when the program can't be started.
     virtual uint32_t start(std::string_view commandLine, int32_t windowStyle) = 0;
+    // The same start of exactly the program file a path names, the command
+    // line being that path as it stands (unquoted: a path with blanks must not
+    // be read as a shorter program and its arguments).
+    virtual uint32_t startProgram(std::string_view path, int32_t windowStyle) {
+        return start(path, windowStyle);
+    }
     // GetTickCount and Sleep.
     virtual uint32_t tickCount() = 0;
     virtual void sleep(uint32_t milliseconds) = 0;

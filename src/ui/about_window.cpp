@@ -163,7 +163,7 @@ void StartSysInfo() {
             if (found) sysInfoPath = candidate;
         }
         if (found) {
-            requirePort(g.ports.processes).start(sysInfoPath, kWindowNormalFocus);
+            requirePort(g.ports.processes).startProgram(sysInfoPath, kWindowNormalFocus);
             return;
         }
     } catch (...) {

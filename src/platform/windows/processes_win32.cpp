@@ -50,13 +50,27 @@ class Win32Processes final : public ProcessPort {
     int32_t lastError() override { return static_cast<int32_t>(GetLastError()); }
 
     uint32_t start(std::string_view commandLine, int32_t windowStyle) override {
+        return create(nullptr, commandLine, windowStyle);
+    }
+
+    uint32_t startProgram(std::string_view path, int32_t windowStyle) override {
+        const std::string program = toAnsi(path);
+        return create(program.c_str(), path, windowStyle);
+    }
+
+    uint32_t tickCount() override { return GetTickCount(); }
+    void sleep(uint32_t milliseconds) override { Sleep(milliseconds); }
+
+  private:
+    // CreateProcessA; with a program, the command line no longer chooses it.
+    static uint32_t create(const char* program, std::string_view commandLine, int32_t windowStyle) {
         std::string line = toAnsi(commandLine);
         STARTUPINFOA startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESHOWWINDOW;
         startup.wShowWindow = static_cast<WORD>(windowStyle);
         PROCESS_INFORMATION started{};
-        if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+        if (!CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                             &startup, &started)) {
             raise(kErrFileNotFound);
         }
@@ -64,9 +78,6 @@ class Win32Processes final : public ProcessPort {
         CloseHandle(started.hProcess);
         return started.dwProcessId;
     }
-
-    uint32_t tickCount() override { return GetTickCount(); }
-    void sleep(uint32_t milliseconds) override { Sleep(milliseconds); }
 };
 
 }  // namespace
