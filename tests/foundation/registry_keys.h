@@ -1,4 +1,4 @@
-// Looking at a registry in tests: a key, its sub-keys, the error of a load.
+// A key of a registry in a test: found with code 0, missing with 2.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,23 +18,6 @@ inline std::unique_ptr<RegistryKey> openKey(RegFileRegistry& registry, std::stri
     auto key = registry.open(hive, path, 131097, code);
     EXPECT_EQ(code, key ? 0 : 2) << path;
     return key;
-}
-
-inline std::vector<std::string> subKeys(const RegistryKey& key) {
-    std::vector<std::string> names;
-    for (uint32_t i = 0; auto name = key.subKeyName(i); ++i) names.push_back(*name);
-    return names;
-}
-
-// The message of the RegFileError that `load` throws, or "" when it throws none.
-template <class Load>
-inline std::string errorOf(Load load) {
-    try {
-        load();
-    } catch (const RegFileError& error) {
-        return error.what();
-    }
-    return "";
 }
 
 }  // namespace ostrel::platform

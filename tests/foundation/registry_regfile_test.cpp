@@ -12,6 +12,17 @@
 namespace ostrel::platform {
 namespace {
 
+// The message of the RegFileError that `load` throws, or "" when it throws none.
+template <class Load>
+std::string errorOf(Load load) {
+    try {
+        load();
+    } catch (const RegFileError& error) {
+        return error.what();
+    }
+    return "";
+}
+
 // .reg files on disk, in the test's temporary folder.
 class RegFile : public ::testing::Test {
   protected:

@@ -10,6 +10,12 @@
 namespace ostrel::platform {
 namespace {
 
+std::vector<std::string> subKeys(const RegistryKey& key) {
+    std::vector<std::string> names;
+    for (uint32_t i = 0; auto name = key.subKeyName(i); ++i) names.push_back(*name);
+    return names;
+}
+
 TEST(RegFileRegistry, LayersTextsAndDeletes) {
     RegFileRegistry registry;
     registry.loadText(
@@ -64,13 +70,10 @@ TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
     EXPECT_EQ(deep->stringValue("W"), "2");
 
     // A bad file in any order leaves nothing behind either.
-    EXPECT_NE(errorOf([&] {
-                  registry.loadText(
-                      "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
-                      "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
-                      "bad");
-              }),
-              "");
+    EXPECT_THROW(registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
+                                   "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
+                                   "bad"),
+                 RegFileError);
     EXPECT_EQ(subKeys(*openKey(registry, "K")),
               (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
 
@@ -161,20 +164,18 @@ TEST(RegFileRegistry, ABadFileUndoesWhatItChangedBeforeItsError) {
         "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Below]\n\"X\"=\"x\"\n",
         "base");
     auto held = openKey(registry, "Q\\Gone\\Below");
-    EXPECT_NE(errorOf([&] {
-                  registry.loadText(
-                      "REGEDIT4\n"
-                      "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n"
-                      "\"Added\"=\"a\"\n\"changed\"=\"newer\"\n"
-                      "[HKEY_LOCAL_MACHINE\\Q\\Keep\\Child]\n"
-                      "[-HKEY_LOCAL_MACHINE\\Q\\Gone]\n"
-                      "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Other]\n"
-                      "[HKEY_LOCAL_MACHINE\\Q\\New]\n\"N\"=\"n\"\n"
-                      "[HKEY_LOCAL_MACHINE\\R]\n"
-                      "\"Broken\"=nonsense\n",
-                      "bad");
-              }),
-              "");
+    EXPECT_THROW(
+        registry.loadText("REGEDIT4\n"
+                          "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n"
+                          "\"Added\"=\"a\"\n\"changed\"=\"newer\"\n"
+                          "[HKEY_LOCAL_MACHINE\\Q\\Keep\\Child]\n"
+                          "[-HKEY_LOCAL_MACHINE\\Q\\Gone]\n"
+                          "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Other]\n"
+                          "[HKEY_LOCAL_MACHINE\\Q\\New]\n\"N\"=\"n\"\n"
+                          "[HKEY_LOCAL_MACHINE\\R]\n"
+                          "\"Broken\"=nonsense\n",
+                          "bad"),
+        RegFileError);
     EXPECT_EQ(subKeys(*openKey(registry, "")), (std::vector<std::string>{"Q"}));
     EXPECT_EQ(subKeys(*openKey(registry, "Q")), (std::vector<std::string>{"Gone", "Keep"}));
     EXPECT_EQ(subKeys(*openKey(registry, "Q\\Gone")), (std::vector<std::string>{"Below"}));
