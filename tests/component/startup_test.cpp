@@ -61,7 +61,7 @@ TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStartUpGoesOn) {
               "Bad text at line 2 of " + fakes::utf8Of(fx.programData / "Ostrel.en.txt"));
     EXPECT_EQ(fx.messageBox.shown[0].style, 16);
     EXPECT_EQ(apartment().startState, StartState::Started);
-    EXPECT_TRUE(apartment().gobjFileSystem && apartment().gobjPCInfo) << "to the end";
+    EXPECT_TRUE(apartment().gobjFileSystem && gobjPCInfo()) << "to the end";
     EXPECT_EQ(glngDebugLevel(), 1);
     // Every record binds again: the file is not reported a second time, and
     // the built-in English texts stand in.
