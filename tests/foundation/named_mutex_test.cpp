@@ -125,7 +125,7 @@ struct PrivateLockFolder {};
 // The system's own lock: what a wait answers from another thread, which
 // owns a mutex on Windows and Linux alike.
 TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
-    const PrivateLockFolder folder;
+    [[maybe_unused]] const PrivateLockFolder folder;
     Port& port = platform::systemNamedMutex();
     const std::string name =
         "ostrel-test-" +
