@@ -125,7 +125,7 @@ struct PrivateLockFolder {};
 // The system's own lock: what a wait answers from another thread, which
 // owns a mutex on Windows and Linux alike.
 TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
-    const PrivateLockFolder folder;
+    [[maybe_unused]] const PrivateLockFolder folder;
     Port& port = platform::systemNamedMutex();
     const std::string name =
         "ostrel-test-" +
@@ -191,6 +191,9 @@ TEST(SystemNamedMutex, RefusesWhatItDidNotMakeItself) {
     ASSERT_GT(fine, 0);
     EXPECT_EQ(fs::status(folder.file("fine")).permissions(), fs::perms(0600));
     port.close(fine);
+    fs::remove(folder.file("fine"));
+    port.close(port.create("fine"));
+    EXPECT_TRUE(fs::exists(folder.file("fine"))) << "a deleted lock file is made again";
 
     fs::create_symlink(folder.file("fine"), folder.file("link"));
     ::mkfifo(folder.file("fifo").c_str(), 0600);

@@ -14,7 +14,8 @@
 // holder writes its process id there on taking the lock and clears it on a
 // clean release, so a taker that finds an id left over knows its last owner
 // ended without releasing. Threads: the process has one descriptor per
-// name, shared by all its handles; which thread owns it, and how often, is
+// name, opened with its first handle and kept for the next, shared by all
+// its handles; which thread owns it, and how often, is
 // kept here, and a thread that ends while it owns a lock leaves it
 // abandoned in the same way. Handles are small positive numbers from a
 // table of this process; error texts are strerror's.
@@ -187,6 +188,12 @@ struct Lock {
     Lock& operator=(const Lock&) = delete;
     ~Lock() { ::close(fd); }
 
+    // False when the file was deleted or replaced since it was opened.
+    bool stillThere() const {
+        struct stat info {};
+        return ::fstat(fd, &info) == 0 && info.st_nlink > 0;
+    }
+
     // The kernel lock goes; with keepRecord, the record says "abandoned".
     void letGo(bool keepRecord) {
         if (!keepRecord) {
@@ -231,18 +238,17 @@ class PosixNamedMutex final : public NamedMutexPort {
     int32_t create(std::string_view name) override {
         const std::string file = fileName(name);
         const std::lock_guard<std::mutex> guard(tableLock_);
-        std::shared_ptr<Lock> lock = byName_[file].lock();
-        if (!lock) {
+        std::shared_ptr<Lock>& lock = byName_[file];
+        if (!lock || (lock.use_count() == 1 && !lock->stillThere())) {
             const int fd = openLockFile(file);
             if (fd < 0) {
                 fail(errno);
                 return 0;
             }
             lock = std::make_shared<Lock>(fd);
-            byName_[file] = lock;
         }
         const int32_t handle = nextHandle_++;
-        handles_[handle] = std::move(lock);
+        handles_[handle] = lock;
         return handle;
     }
 
@@ -313,7 +319,7 @@ class PosixNamedMutex final : public NamedMutexPort {
             fail(EBADF);
             return false;
         }
-        return true;  // the file closes with the last handle of its name
+        return true;  // the process keeps the file open for the next handle
     }
 
     int32_t lastError() override { return tlsLastError; }
@@ -336,7 +342,7 @@ class PosixNamedMutex final : public NamedMutexPort {
 
     std::mutex tableLock_;
     std::map<int32_t, std::shared_ptr<Lock>> handles_;
-    std::map<std::string, std::weak_ptr<Lock>> byName_;
+    std::map<std::string, std::shared_ptr<Lock>> byName_;
     int32_t nextHandle_ = 1;
 };
 
