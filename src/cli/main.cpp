@@ -74,10 +74,14 @@ bool loadRegistry(platform::RegFileRegistry& registry, const std::vector<std::st
     return true;
 }
 
-std::string exitCodesText() {
+// The exit codes and the environment, below the commands in --help.
+std::string helpFooter() {
     std::string text = "Exit codes:\n";
     for (const auto& [code, meaning] : kExitCodes)
         text += "  " + std::string(code) + "  " + meaning + "\n";
+    text += "\nEnvironment:\n";
+    for (const auto& [name, meaning] : kEnvironment)
+        text += "  " + std::string(name) + ": " + meaning + "\n";
     return text;
 }
 
@@ -143,7 +147,7 @@ int run(int argc, char** argv) {
     GlobalOptions& options = globalOptions();
     addGlobalOptions(app, options);
     app.require_subcommand(0, 1);
-    app.footer(exitCodesText());
+    app.footer(helpFooter());
 
     std::vector<const Command*> sorted;
     for (const Command& command : commands()) sorted.push_back(&command);

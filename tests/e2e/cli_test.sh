@@ -145,6 +145,30 @@ if ! $windows; then
     check "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"'
 fi
 
+# Help and the manual against the command model: every command and
+# sub-command that --help lists has a help of its own and a section in the
+# manual, which groff renders without a warning.
+commands_of() { sed -n '/^Subcommands:/,/^$/p' <<<"$1" | awk 'NR > 1 && NF { print $1 }'; }
+run manual
+manual=$out
+$windows || check "the manual renders without warnings" '[ -z "$(groff -ww -z -man <<<"$manual" 2>&1)" ]'
+run --help
+check "--help lists the exit codes and the environment" 'has "$out" "^  4  not done" && has "$out" "OSTREL_LANGUAGE"'
+for command in $(commands_of "$out"); do
+    run help "$command"
+    for sub in "" $(commands_of "$out"); do
+        [ -z "$sub" ] || run help "$command" "$sub"
+        path="$command${sub:+ $sub}"
+        check "help and manual: $path" '[ "$rc" = 0 ] && has "$out" "^Usage: ostrel $path" && grep -qxF ".SS \"${path//-/\\-}\"" <<<"$manual"'
+    done
+done
+if ! $windows; then
+    # The bash completion comes from the same model.
+    run completion bash
+    completed=$(bash -c '. /dev/stdin; COMP_WORDS=(ostrel cat); COMP_CWORD=1; _ostrel; echo "${COMPREPLY[*]}"' <<<"$out")
+    check "completion: ostrel cat completes to catalogue" '[ "$completed" = catalogue ]'
+fi
+
 # Every command that prints a result, under --json: its exit code, and one
 # JSON document on stdout (none after a usage error, whose message shows the
 # form expected). The global options go before the command on one row, after
