@@ -21,6 +21,12 @@
 #include <utility>
 #include <vector>
 
+#ifdef _WIN32
+#include <windows.h>
+// windows.h first
+#include <shellapi.h>
+#endif
+
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
@@ -36,6 +42,24 @@
 namespace ostrel::cli {
 
 namespace {
+
+#ifdef _WIN32
+std::vector<std::string> utf8Arguments() {
+    std::vector<std::string> arguments;
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (!wide) return arguments;
+    for (int i = 0; i < count; ++i) {
+        const int size = WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, nullptr, 0, nullptr, nullptr);
+        std::string text(static_cast<size_t>(size > 0 ? size : 1), '\0');
+        WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, text.data(), size, nullptr, nullptr);
+        text.resize(text.size() - 1);  // the terminating null
+        arguments.push_back(std::move(text));
+    }
+    LocalFree(wide);
+    return arguments;
+}
+#endif
 
 #ifdef _WIN32
 constexpr char kListSeparator = ';';
@@ -194,6 +218,19 @@ int run(int argc, char** argv) {
 }  // namespace ostrel::cli
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+    // UTF-8 both ways, whatever the code pages: the arguments from the wide
+    // command line, the output for a console set to UTF-8.
+    SetConsoleOutputCP(CP_UTF8);
+    std::vector<std::string> arguments = ostrel::cli::utf8Arguments();
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    if (!arguments.empty()) {
+        argc = static_cast<int>(arguments.size());
+        argv = pointers.data();
+    }
+#endif
     try {
         return ostrel::cli::run(argc, argv);
     } catch (const std::exception& error) {

@@ -175,9 +175,12 @@ fi
 # it on the next.
 mkdir -p "$work/store/QUORL" "$work/files"
 touch "$work/files/doomed"
-export ProgramData="$work/store"
+# Windows names for a Windows build (a leading "/" would read as an option there).
+native() { if $windows; then winepath -w "$1"; else echo "$1"; fi; }
+export ProgramData="$(native "$work/store")"
 printf 'REGEDIT4\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\n"InstallDir"="C:\\Q"\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n"PartNumber"="B-2"\n' >"$good"
-nonascii="$work/files/J$(printf '\xc3\xbc')rgen-$(printf '\xe6\xb5\x8b')"
+files=$(native "$work/files")
+nonascii="$files/J$(printf '\xc3\xbc')rgen-$(printf '\xe6\xb5\x8b')"
 rows=(
     "0 catalogue" "0 product Beta" "3 product nosuch" "0 toolbar-key b-2" "3 toolbar-key q-0"
     "0 install-dir" "0 pcinfo" "0 settings get Settings Colour --default d"
@@ -186,8 +189,8 @@ rows=(
     "0 time to-gmt '2026-01-15 12:00:00'" "0 time from-gmt '2026-07-15 12:00:00.5'" "0 time now-gmt"
     "2 time to-gmt '2026-02-30 12:00:00'" "2 time to-gmt '2026-02-28 -1:00:00'"
     "2 time to-gmt '2026-02-28 12:00:1e1'" "0 path long '$nonascii'"
-    "0 path delete '$work/files/doomed'" "0 language text 108" "0 language suffixes"
-    "3 language localised-file '$work/files/none.chm'" "0 network cards" "0 network adapters"
+    "0 path delete '$files/doomed'" "0 language text 108" "0 language suffixes"
+    "3 language localised-file '$files/none.chm'" "0 network cards" "0 network adapters"
     "3 network interface nope" "0 inventory" "0 about"
 )
 $windows || rows+=("4 path delete /proc/version" "0 path browse")
@@ -203,8 +206,9 @@ for row in "${rows[@]}"; do
     fi
     if $before; then before=false; else before=true; fi
 done
-# A non-ASCII argument comes back as it went in (on Windows: the wide command line, UTF-8 out).
-run --json path long "$nonascii"
+# A non-ASCII argument comes back as it went in (on Windows: the wide command
+# line, UTF-8 out; Wine maps it under a UTF-8 locale).
+LANG=C.UTF-8 run --json path long "$nonascii"
 check "a non-ASCII argument read back" '[ "$(python3 -c "import json,sys; print(json.load(sys.stdin)[\"Path\"])" <<<"$out")" = "$nonascii" ]'
 
 if ! $windows; then
