@@ -63,4 +63,31 @@ inline constexpr const char* kExitCodes[][2] = {
      "run), a file still there (path delete); the reason is on stderr"},
 };
 
+// The environment the tool and the component read, as --help and the manual list it.
+inline constexpr const char* kEnvironment[][2] = {
+    {"OSTREL_REGISTRY",
+     "the .reg files to read when no --registry is given, a list separated "
+     "like PATH (':' on Linux, ';' on Windows)"},
+    {"OSTREL_WMI", "the saved inventory to replay when no --wmi is given"},
+    {"OSTREL_LANGUAGE", "the language of the texts (de, de-AT), before the user's"},
+    {"OSTREL_PART_NUMBERS", "the part-number table to use instead of part-numbers.txt"},
+    {"ProgramData",
+     "the folder whose QUORL folder is the data folder (unset: QUORL relative "
+     "to the current folder)"},
+    {"XDG_CONFIG_HOME", "Linux: the folder of the older settings store (default ~/.config)"},
+    {"LC_ALL, LC_MESSAGES, LANG", "Linux: the user's language, when OSTREL_LANGUAGE is unset"},
+    {"USERNAME", "Linux: the user name shown, before the login name"},
+    {"TZ", "Linux: the time zone of the time conversions"},
+};
+
+// The files the tool and the component read and write.
+inline constexpr const char* kFiles[][2] = {
+    {"$ProgramData/QUORL/ot_settings.xml", "the settings of all users"},
+    {"$ProgramData/QUORL/debug_ot", "when present, diagnostics go to ot.log beside it"},
+    {"$ProgramData/QUORL/ot.log", "the diagnostic log"},
+    {"$XDG_CONFIG_HOME/QUORL/program-settings.ini", "Linux: the older per-user settings store"},
+    {"Ostrel.en.txt, Ostrel.de.txt", "beside the tool: the language texts"},
+    {"part-numbers.txt", "beside the tool: the family's known part numbers"},
+};
+
 }  // namespace ostrel::cli

@@ -21,6 +21,12 @@
 #include <utility>
 #include <vector>
 
+#ifdef _WIN32
+#include <windows.h>
+// windows.h first
+#include <shellapi.h>
+#endif
+
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
@@ -37,6 +43,24 @@
 namespace ostrel::cli {
 
 namespace {
+
+#ifdef _WIN32
+std::vector<std::string> utf8Arguments() {
+    std::vector<std::string> arguments;
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (!wide) return arguments;
+    for (int i = 0; i < count; ++i) {
+        const int size = WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, nullptr, 0, nullptr, nullptr);
+        std::string text(static_cast<size_t>(size > 0 ? size : 1), '\0');
+        WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, text.data(), size, nullptr, nullptr);
+        text.resize(text.size() - 1);  // the terminating null
+        arguments.push_back(std::move(text));
+    }
+    LocalFree(wide);
+    return arguments;
+}
+#endif
 
 #ifdef _WIN32
 constexpr char kListSeparator = ';';
@@ -75,10 +99,14 @@ bool loadRegistry(platform::RegFileRegistry& registry, const std::vector<std::st
     return true;
 }
 
-std::string exitCodesText() {
+// The exit codes and the environment, below the commands in --help.
+std::string helpFooter() {
     std::string text = "Exit codes:\n";
     for (const auto& [code, meaning] : kExitCodes)
         text += "  " + std::string(code) + "  " + meaning + "\n";
+    text += "\nEnvironment:\n";
+    for (const auto& [name, meaning] : kEnvironment)
+        text += "  " + std::string(name) + ": " + meaning + "\n";
     return text;
 }
 
@@ -144,7 +172,7 @@ int run(int argc, char** argv) {
     GlobalOptions& options = globalOptions();
     addGlobalOptions(app, options);
     app.require_subcommand(0, 1);
-    app.footer(exitCodesText());
+    app.footer(helpFooter());
 
     std::vector<const Command*> sorted;
     for (const Command& command : commands()) sorted.push_back(&command);
@@ -191,6 +219,19 @@ int run(int argc, char** argv) {
 }  // namespace ostrel::cli
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+    // UTF-8 both ways, whatever the code pages: the arguments from the wide
+    // command line, the output for a console set to UTF-8.
+    SetConsoleOutputCP(CP_UTF8);
+    std::vector<std::string> arguments = ostrel::cli::utf8Arguments();
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    if (!arguments.empty()) {
+        argc = static_cast<int>(arguments.size());
+        argv = pointers.data();
+    }
+#endif
     try {
         return ostrel::cli::run(argc, argv);
     } catch (const std::exception& error) {
