@@ -26,8 +26,8 @@ run() {
     "${tool[@]}" "$@" >"$work/out" 2>"$work/err"
     rc=$?
     out=$(tr -d '\r' <"$work/out")
-    err=$(tr -d '\r' <"$work/err" | grep -v '^Registry: ')
-    registry_line=$(tr -d '\r' <"$work/err" | grep '^Registry: ')
+    err=$(tr -d '\r' <"$work/err" | grep -av '^Registry: ')
+    registry_line=$(tr -d '\r' <"$work/err" | grep -a '^Registry: ')
 }
 
 # check DESCRIPTION CONDITION: the condition (evaluated) must hold.
