@@ -1,14 +1,18 @@
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #ifndef _WIN32
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 #endif
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -195,6 +199,24 @@ TEST_F(Processes, TheSystemStartFailsAtOnceAndExpandsNothing) {
     }
     EXPECT_TRUE(fs::exists(made[0]) && fs::exists(made[1]) && fs::exists(made[2]));
     fs::remove_all(folder);
+}
+#else
+// A path with a blank, started as exactly that program: a planted "a.exe"
+// before the blank is never tried (read unquoted, "...\a b\prog.exe" tries
+// "...\a.exe" first, which is no program, and the start fails).
+TEST(SystemProcesses, AProgramIsStartedAsTheFileItsPathNames) {
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::temp_directory_path() / "ostrel-start";
+    fs::remove_all(folder);
+    fs::create_directories(folder / "a b");
+    std::ofstream(folder / "a.exe") << "planted, no program\n";
+    wchar_t system[MAX_PATH] = {};
+    GetSystemDirectoryW(system, MAX_PATH);
+    fs::copy_file(fs::path(system) / "hostname.exe", folder / "a b" / "prog.exe");
+    const std::string program = (folder / "a b" / "prog.exe").string();
+    EXPECT_GT(platform::systemProcesses().startProgram(program, 0), 0u);
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
 }
 #endif
 
