@@ -269,12 +269,14 @@ void clsLanguageText::Initialise(std::string_view componentName, std::string_vie
     suffix2_ = choice.language == "en" ? choice.tag : "en-US";
     std::exception_ptr damage;
     std::filesystem::path file;
+    bool found = false;  // an empty file is found too: a store without entries
     for (const std::string& candidate : choice.fileLanguages()) {
         file =
             toPath(componentFolder) / toPath(std::string(componentName) + "." + candidate + ".txt");
         try {
             auto content = readDataFile(file, kMaxTextFileBytes);
             if (!content) continue;
+            found = true;
             mergeBeneath(store_, parseStore(*content, file));
         } catch (...) {
             if (!damage) damage = std::current_exception();
@@ -290,10 +292,7 @@ void clsLanguageText::Initialise(std::string_view componentName, std::string_vie
     if (builtinAtHand) mergeBeneath(store_, builtinStore());
     fromBuiltin_ = fromBuiltin_ && builtinAtHand;
     if (damage) std::rethrow_exception(damage);
-    if (store_.texts.empty() && store_.fonts.empty() && store_.pictureFiles.empty() &&
-        !builtinAtHand) {
-        raise(kErrFileNotFound, "File not found: " + nameOf(file));
-    }
+    if (!found && !builtinAtHand) raise(kErrFileNotFound, "File not found: " + nameOf(file));
 }
 
 std::string clsLanguageText::GetText(int32_t textNumber) const {
