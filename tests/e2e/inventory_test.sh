@@ -70,7 +70,7 @@ for order in LE:'\xff\xfe' BE:'\xfe\xff'; do
 done
 printf '\xff\xfe{\0}' >"$work/odd.json"
 run --wmi "$work/odd.json" inventory
-check "UTF-16 cut in half a character" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/odd.json: the file ends in half a UTF-16 character (an odd number of bytes)" ]'
+check "UTF-16 cut in half a character" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/odd.json:1: the file ends in half a UTF-16 character (an odd number of bytes)" ]'
 
 # A file that isn't such an inventory: the file and the line, exit 1.
 mkdir "$work/folder"

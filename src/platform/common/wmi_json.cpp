@@ -4,6 +4,7 @@
 // line it was found on.
 #include "platform/common/wmi_json.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -275,11 +276,14 @@ void WmiJsonProvider::loadText(std::string_view text, const std::string& name) {
     // UTF-16 with its byte order mark, as Windows PowerShell's > writes it.
     std::string decoded;
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+        const std::size_t units = (text.size() - 2) & ~std::size_t{1};
+        decoded = fromUtf16Bytes(text.substr(2, units), text.starts_with("\xFE"));
         if (text.size() % 2 != 0) {
-            throw WmiJsonError(name, 0,
+            // Named by the line the half character would have ended.
+            const auto lines = std::count(decoded.begin(), decoded.end(), '\n');
+            throw WmiJsonError(name, 1 + static_cast<int>(lines),
                                "the file ends in half a UTF-16 character (an odd number of bytes)");
         }
-        decoded = fromUtf16Bytes(text.substr(2), text.starts_with("\xFE"));
         text = decoded;
     }
     auto classes = std::make_shared<Classes>();
