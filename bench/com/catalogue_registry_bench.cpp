@@ -30,7 +30,7 @@
 #include "component/startup.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
 #include "foundation/wnc_registry.h"
 #include "platform/registry_port.h"
 

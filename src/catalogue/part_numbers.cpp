@@ -35,6 +35,11 @@ TableFile tableFile() {
     return {fileSystem().BuildPath(environment->componentFolder(), kTableFile)};
 }
 
+// The table of this apartment, built at the first look-up.
+struct TableSlot : ApartmentSlot {
+    std::unique_ptr<PartNumberTable> table;
+};
+
 }  // namespace
 
 std::string normalisePartNumber(std::string_view partNumber) {
@@ -82,7 +87,7 @@ PartNumberTable PartNumberTable::load() {
 
 bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber) {
     try {
-        std::unique_ptr<PartNumberTable>& table = apartmentPartNumbers();
+        std::unique_ptr<PartNumberTable>& table = apartmentSlot<TableSlot>().table;
         if (!table) table = std::make_unique<PartNumberTable>(PartNumberTable::load());
         const std::string partNumber = normalisePartNumber(vstrPartNumber);
         return !partNumber.empty() && table->contains(partNumber);

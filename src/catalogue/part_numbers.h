@@ -40,10 +40,6 @@ class PartNumberTable {
     FoldedIndex index_;              // refers to a row by its place, from 1
 };
 
-// The table of this apartment, null until the first look-up; held by the
-// wiring layer.
-std::unique_ptr<PartNumberTable>& apartmentPartNumbers();
-
 // Normalises its argument; False for an empty one, and on any failure.
 bool gfblnIsKnownPartNumber(std::string_view vstrPartNumber);
 

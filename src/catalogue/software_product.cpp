@@ -3,11 +3,11 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_products.h"
 #include "foundation/debug_log.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
 #include "foundation/wnc_registry.h"
 #include "machine/pc_info.h"
 #include "platform/registry_port.h"
@@ -44,10 +44,22 @@ std::string twoDigits(int16_t number) {
     return formatNumber(number, "00", invariant);
 }
 
+struct FactorySlot : ApartmentSlot {
+    CatalogueFactory* factory = nullptr;
+};
+
 }  // namespace
 
+void setCatalogueFactory(CatalogueFactory* factory) {
+    apartmentSlot<FactorySlot>().factory = factory;
+}
+
+CatalogueFactory* catalogueFactory() {
+    return apartmentSlot<FactorySlot>().factory;
+}
+
 Ref<wncSoftwareProduct> newSoftwareProduct() {
-    if (ObjectFactory* factory = apartment().factory) return factory->newSoftwareProduct();
+    if (CatalogueFactory* factory = catalogueFactory()) return factory->newSoftwareProduct();
     return makeRef<wncSoftwareProduct>();
 }
 

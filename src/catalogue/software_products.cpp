@@ -4,13 +4,13 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/part_numbers.h"
 #include "catalogue/software_product.h"
 #include "catalogue/sort_collection.h"
 #include "foundation/debug_log.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
 #include "foundation/wnc_registry.h"
 #include "platform/registry_port.h"
 #include "runtime/automation_error.h"
@@ -35,7 +35,7 @@ std::string subKeyName(WNCRegistry& enumerator, bool first) {
 }  // namespace
 
 Ref<wncSoftwareProducts> newSoftwareProducts() {
-    if (ObjectFactory* factory = apartment().factory) return factory->newSoftwareProducts();
+    if (CatalogueFactory* factory = catalogueFactory()) return factory->newSoftwareProducts();
     return makeRef<wncSoftwareProducts>();
 }
 

@@ -6,7 +6,7 @@
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
 #include "commands.h"
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
 #include "product_record.h"
 #include "registry_source.h"
 

@@ -5,7 +5,7 @@
 #include "catalogue/software_product.h"
 #include "commands.h"
 #include "foundation/file_system_object.h"
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
 #include "foundation/wnc_registry.h"
 #include "product_record.h"
 #include "registry_source.h"

@@ -3,11 +3,12 @@
 // the host's object itself.
 #pragma once
 
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
+#include "machine/pc_info.h"
 
 namespace ostrel::com {
 
-class AutomationFactory final : public ObjectFactory {
+class AutomationFactory final : public CatalogueFactory, public PCInfoFactory {
   public:
     Ref<wncPCInfo> newPCInfo() override;
     Ref<wncSoftwareProduct> newSoftwareProduct() override;

@@ -46,8 +46,8 @@ class ClassFactory final : public IClassFactory {
         if (outer) return CLASS_E_NOAGGREGATION;
         try {
             pinModule();
-            OstrelGlobals& globals = apartment();
-            if (!globals.factory) globals.factory = &automationFactory();
+            setCatalogueFactory(&automationFactory());
+            setPCInfoFactory(&automationFactory());
             // Main reports its own failures and never raises; the object is
             // handed over whatever became of it.
             ensureStarted();

@@ -5,7 +5,7 @@
 #include "com/services_object.h"
 #include "com/software_product_object.h"
 #include "com/software_products_object.h"
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
 #include "machine/pc_info.h"
 
 namespace ostrel::com {

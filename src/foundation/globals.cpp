@@ -14,7 +14,22 @@ OstrelGlobals::OstrelGlobals() : OstrelGlobals(platform::defaultPorts()) {}
 OstrelGlobals::OstrelGlobals(platform::Ports p) : ports(p) {}
 OstrelGlobals::OstrelGlobals(OstrelGlobals&&) noexcept = default;
 OstrelGlobals& OstrelGlobals::operator=(OstrelGlobals&&) noexcept = default;
-OstrelGlobals::~OstrelGlobals() = default;
+OstrelGlobals::~OstrelGlobals() {
+    while (!slots_.empty()) {
+        // Out of the list before it goes, in case its release touches another slot.
+        const std::unique_ptr<ApartmentSlot> last = std::move(slots_.back().second);
+        slots_.pop_back();
+    }
+}
+
+ApartmentSlot& OstrelGlobals::slot(const void* key, std::unique_ptr<ApartmentSlot> (*make)()) {
+    for (auto& [held, value] : slots_) {
+        if (held == key) return *value;
+    }
+    // Made before it is listed: a slot whose making throws leaves none behind.
+    std::unique_ptr<ApartmentSlot> made = make();
+    return *slots_.emplace_back(key, std::move(made)).second;
+}
 
 namespace {
 

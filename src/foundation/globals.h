@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/ports.h"
 #include "runtime/automation_error.h"
@@ -14,17 +16,17 @@
 namespace ostrel {
 
 class FileSystemObject;
-class ObjectFactory;
 namespace platform {
 class XmlDocument;
 }
 
 enum class StartState { NotStarted, Started, Failed };
 
-// What the wiring layer keeps per apartment (the objects of the subsystems
-// above): held here so that it goes with the apartment, opaque to foundation.
-struct ApartmentObjects {
-    virtual ~ApartmentObjects() = default;
+// What a subsystem above keeps per apartment (its shared objects, the host's
+// factory for its public classes): held here so that it goes with the
+// apartment, opaque to foundation. See apartmentSlot.
+struct ApartmentSlot {
+    virtual ~ApartmentSlot() = default;
 };
 
 struct OstrelGlobals {
@@ -35,7 +37,6 @@ struct OstrelGlobals {
     ~OstrelGlobals();
 
     platform::Ports ports;
-    ObjectFactory* factory = nullptr;  // how public classes are made; null: plain core objects
     StartState startState = StartState::NotStarted;
 
     Ref<FileSystemObject> gobjFileSystem;
@@ -44,12 +45,26 @@ struct OstrelGlobals {
     std::string gstrLogFilename;
     std::unique_ptr<platform::XmlDocument> gobjSettingsDoc;  // the settings file in memory
     std::string helpFile;  // the component's help file (App.HelpFile), empty until set
-    // Last, so released first, while the log state its objects report through still stands.
-    std::unique_ptr<ApartmentObjects> wiring;
+    // The slot kept under key, made by make on first use.
+    ApartmentSlot& slot(const void* key, std::unique_ptr<ApartmentSlot> (*make)());
+
+  private:
+    // Last, so released first, while the log state their objects report
+    // through still stands; the newest first.
+    std::vector<std::pair<const void*, std::unique_ptr<ApartmentSlot>>> slots_;
 };
 
 // This thread's globals.
 OstrelGlobals& apartment();
+
+// This apartment's slot of type Slot (an ApartmentSlot with a default
+// constructor), made on first use.
+template <class Slot>
+Slot& apartmentSlot() {
+    static const char key = 0;  // one address per slot type
+    return static_cast<Slot&>(
+        apartment().slot(&key, [] { return std::unique_ptr<ApartmentSlot>(new Slot); }));
+}
 
 // A port of this apartment; error 429 when it has none, as for a service
 // that can't be created.

@@ -6,7 +6,6 @@
 
 #include "foundation/debug_log.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
 #include "runtime/text.h"
 
 namespace ostrel {
@@ -151,6 +150,23 @@ void wncPCInfo::msubLogProcessorInfo() const {
                    " ActiveProcessorMask: " + std::to_string(system_.dwActiveProcessorMask));
 }
 
+namespace {
+
+struct SharedSlot : ApartmentSlot {
+    Ref<wncPCInfo> shared;
+    PCInfoFactory* factory = nullptr;
+};
+
+}  // namespace
+
+Ref<wncPCInfo>& gobjPCInfo() {
+    return apartmentSlot<SharedSlot>().shared;
+}
+
+void setPCInfoFactory(PCInfoFactory* factory) {
+    apartmentSlot<SharedSlot>().factory = factory;
+}
+
 Ref<wncPCInfo> gfobjGetPCInfo() {
     Ref<wncPCInfo>& shared = gobjPCInfo();
     if (!shared) shared = newPCInfo();
@@ -162,7 +178,7 @@ void gsubReleasePCInfo() {
 }
 
 Ref<wncPCInfo> newPCInfo() {
-    if (ObjectFactory* factory = apartment().factory) return factory->newPCInfo();
+    if (PCInfoFactory* factory = apartmentSlot<SharedSlot>().factory) return factory->newPCInfo();
     return makeRef<wncPCInfo>();
 }
 

@@ -51,9 +51,22 @@ class wncPCInfo : public Object {
     platform::SystemRecord system_;
 };
 
+// How the shared instance is made: a host that adds an automation interface
+// sets a factory that makes its subclass.
+class PCInfoFactory {
+  public:
+    virtual ~PCInfoFactory() = default;
+    virtual Ref<wncPCInfo> newPCInfo() = 0;
+};
+
+// This apartment's factory; null (the default): a plain core object.
+void setPCInfoFactory(PCInfoFactory* factory);
+// Through this apartment's factory.
+Ref<wncPCInfo> newPCInfo();
+
 // The apartment's shared instance, made on first use.
 Ref<wncPCInfo> gfobjGetPCInfo();
-// Where the apartment keeps it (held by the wiring layer); null when released.
+// Where the apartment keeps it; null when released.
 Ref<wncPCInfo>& gobjPCInfo();
 // Clears the shared instance; the next gfobjGetPCInfo takes a fresh snapshot.
 void gsubReleasePCInfo();

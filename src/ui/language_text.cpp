@@ -366,4 +366,18 @@ void clsLanguageText::GetLanguageSuffixes(std::string& suffix1, std::string& suf
     suffix2 = suffix2_;
 }
 
+namespace {
+
+struct TextSlot : ApartmentSlot {
+    Ref<clsLanguageText> text;
+};
+
+}  // namespace
+
+clsLanguageText& gobjLanguageText() {
+    Ref<clsLanguageText>& text = apartmentSlot<TextSlot>().text;
+    if (!text) text = makeRef<clsLanguageText>();
+    return *text;
+}
+
 }  // namespace ostrel

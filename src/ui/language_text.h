@@ -61,8 +61,7 @@ class clsLanguageText : public Object {
     mutable std::map<int32_t, std::shared_ptr<const Picture>> pictures_;
 };
 
-// The language text object of this apartment, created on first touch; held
-// by the wiring layer (component/apartment_objects.cpp).
+// The language text object of this apartment, created on first touch.
 clsLanguageText& gobjLanguageText();
 
 }  // namespace ostrel

@@ -13,7 +13,7 @@
 #include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
+#include "catalogue/catalogue_factory.h"
 
 namespace ostrel::testing {
 

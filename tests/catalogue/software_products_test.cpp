@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_product.h"
 #include "catalogue_fixture.h"
 #include "fakes/error_number.h"
-#include "foundation/object_factory.h"
 #include "machine/pc_info.h"
 #include "runtime/automation_error.h"
 
@@ -79,9 +79,8 @@ TEST_F(SoftwareProductsTest, TheWalksFilterKeepsOnlyItsPartNumbers) {
 
 // A record that can't be made is passed over without a trace; the others stay.
 TEST_F(SoftwareProductsTest, ReadAllSkipsARecordThatCantBeMadeSilently) {
-    struct FailingSecondRecord : ObjectFactory {
+    struct FailingSecondRecord : CatalogueFactory {
         int made = 0;
-        Ref<wncPCInfo> newPCInfo() override { return makeRef<wncPCInfo>(); }
         Ref<wncSoftwareProduct> newSoftwareProduct() override {
             if (++made == 2) raise(kErrCantCreate);
             return makeRef<wncSoftwareProduct>();
@@ -92,9 +91,9 @@ TEST_F(SoftwareProductsTest, ReadAllSkipsARecordThatCantBeMadeSilently) {
     } factory;
     loadRegistry(toolbarKey("One", partNumber("b-2")) + toolbarKey("Two", partNumber("a-1")) +
                  toolbarKey("Three", partNumber("b-10")));
-    apartment().factory = &factory;
+    setCatalogueFactory(&factory);
     products->ReadAll();
-    apartment().factory = nullptr;
+    setCatalogueFactory(nullptr);
     EXPECT_THAT(namesOf(*products), ElementsAre("Two", "One")) << "Three came second";
     EXPECT_THAT(logLines(), IsEmpty());
 }

@@ -10,7 +10,6 @@
 #include "catalogue/software_products.h"
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
-#include "foundation/object_factory.h"
 
 namespace ostrel {
 namespace {
@@ -172,12 +171,10 @@ TEST_F(PcInfoTest, ClassificationsLogEachTimeTheyAnswerTrue) {
     EXPECT_THAT(logged(), IsEmpty());
 }
 
-class PcInfoFactory : public ObjectFactory {
+class PcInfoFactory : public PCInfoFactory {
   public:
     Ref<wncPCInfo> made = makeRef<wncPCInfo>();
     Ref<wncPCInfo> newPCInfo() override { return made; }
-    Ref<wncSoftwareProduct> newSoftwareProduct() override { return nullptr; }
-    Ref<wncSoftwareProducts> newSoftwareProducts() override { return nullptr; }
 };
 
 TEST_F(PcInfoTest, SharedInstanceIsRenewedOnlyAfterRelease) {
@@ -190,10 +187,10 @@ TEST_F(PcInfoTest, SharedInstanceIsRenewedOnlyAfterRelease) {
 
     // The host's factory makes the shared instance too.
     PcInfoFactory factory;
-    apartment().factory = &factory;
+    setPCInfoFactory(&factory);
     gsubReleasePCInfo();
     EXPECT_EQ(gfobjGetPCInfo(), factory.made);
-    apartment().factory = nullptr;
+    setPCInfoFactory(nullptr);
 }
 
 }  // namespace
