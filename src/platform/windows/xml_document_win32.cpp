@@ -186,6 +186,11 @@ class MsxmlDocument final : public XmlDocument {
         if (declaration) putBack(declaration);
         checkHresult(saved);
         if (written.starts_with("\xEF\xBB\xBF")) written.erase(0, 3);
+        // A declaration the object would add of its own gives way to the document's.
+        if (const size_t end = written.find("?>");
+            declaration && written.starts_with("<?xml") && end != std::string::npos) {
+            written.erase(0, written.find_first_not_of("\r\n", end + 2));
+        }
         content += written;
         if (const DWORD error = replaceOwnFile(path, encodeAsDeclared(content, bigEndian_)))
             raiseFileError(error);
