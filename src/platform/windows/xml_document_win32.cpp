@@ -192,8 +192,9 @@ class MsxmlDocument final : public XmlDocument {
             written.erase(0, written.find_first_not_of("\r\n", end + 2));
         }
         content += written;
-        if (const DWORD error = replaceOwnFile(path, encodeAsDeclared(content, bigEndian_)))
-            raiseFileError(error);
+        // A failure is the system's, as the object's own save gave it.
+        checkHresult(
+            HRESULT_FROM_WIN32(replaceOwnFile(path, encodeAsDeclared(content, bigEndian_))));
     }
 
   private:
@@ -230,23 +231,6 @@ class MsxmlDocument final : public XmlDocument {
             before.punkVal = first.Get();
         }
         document_->insertBefore(declaration.Get(), before, inserted.GetAddressOf());
-    }
-
-    [[noreturn]] static void raiseFileError(DWORD error) {
-        switch (error) {
-            case ERROR_FILE_NOT_FOUND:
-            case ERROR_PATH_NOT_FOUND:
-                raise(kErrPathNotFound);
-            case ERROR_ACCESS_DENIED:
-            case ERROR_SHARING_VIOLATION:
-            case ERROR_WRITE_PROTECT:
-                raise(kErrPermissionDenied);
-            case ERROR_DISK_FULL:
-            case ERROR_HANDLE_DISK_FULL:
-                raise(61);
-            default:
-                raise(75);
-        }
     }
 
     ComPtr<IXMLDOMDocument> document_;
