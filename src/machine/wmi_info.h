@@ -43,5 +43,10 @@ std::span<const WmiClassReading> wmiInventoryReadings();
 // The accounts of a logon session: their query and properties.
 std::string wmiLogonAccountsQuery(const Variant& logonId);
 std::span<const std::string_view> wmiAccountProperties();
+// Every object of every class above as JSON, one array per class, sessions
+// with their "Accounts"; a class whose query gives a null result set, or
+// whose query or enumeration fails, stays out, as do the accounts of a
+// session whose associators can't be enumerated.
+std::string wmiSavedInventory(platform::WmiServices& services);
 
 }  // namespace ostrel

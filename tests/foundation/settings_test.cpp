@@ -136,20 +136,30 @@ TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
 }
 
 // A file is saved in the encoding its declaration names, so that its values
-// survive any number of saves of other keys. Not yet on Windows: Wine's
-// document object writes UTF-8 under a Latin-1 declaration too.
-#ifndef _WIN32
+// survive any number of saves of other keys.
 TEST_F(Settings, SavesKeepTheEncodingTheFileDeclares) {
-    fx.writeSettings(
-        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<Settings><A>caf\xE9</A></Settings>");
-    for (const char* value : {"1", "2", "3"}) save("Settings", "B", value);
-    EXPECT_NE(file().find("<Settings><A>caf\xE9</A><B>3</B></Settings>"), std::string::npos)
-        << file();
-    save("Settings", "C", "€ and ő");  // beyond Latin-1
-    save("Settings", "B", "4");
-    restart();
-    EXPECT_EQ(read("Settings", "A"), "café");
-    EXPECT_EQ(read("Settings", "C"), "€ and ő");
+    const struct {
+        const char* encoding;
+        const char* bytes;
+        const char* text;
+    } declared[] = {
+        {"ISO-8859-1", "caf\xE9", "café"},
+        {"windows-1252", "\x80 caf\xE9 \x9C\x85\x8A", "€ café œ…Š"},
+    };
+    for (const auto& d : declared) {
+        restart();
+        fx.writeSettings(std::string("<?xml version=\"1.0\" encoding=\"") + d.encoding +
+                         "\"?>\r\n<Settings><A>" + d.bytes + "</A></Settings>");
+        for (const char* value : {"1", "2", "3"}) save("Settings", "B", value);
+        EXPECT_NE(file().find(std::string("<Settings><A>") + d.bytes + "</A><B>3</B></Settings>"),
+                  std::string::npos)
+            << file();
+        save("Settings", "C", "€ and ő");  // beyond either
+        save("Settings", "B", "4");
+        restart();
+        EXPECT_EQ(read("Settings", "A"), d.text) << d.encoding;
+        EXPECT_EQ(read("Settings", "C"), "€ and ő") << d.encoding;
+    }
 
     std::string wide = "\xFF\xFE";
     for (char c : std::string(
@@ -162,7 +172,6 @@ TEST_F(Settings, SavesKeepTheEncodingTheFileDeclares) {
     EXPECT_EQ(read("Settings", "A"), "café");
     EXPECT_EQ(read("Settings", "B"), "2");
 }
-#endif
 
 // The values the read path gives are the same on every platform: the
 // document object's, which keeps no white space of its own.

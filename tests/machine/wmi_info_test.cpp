@@ -6,6 +6,7 @@
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
 #include "machine/wmi_info.h"
+#include "platform/common/wmi_json.h"
 
 namespace ostrel {
 namespace {
@@ -282,6 +283,32 @@ TEST_F(WmiInventory, AnAccountWithAFullNameReplacesTheLinesBeforeIt) {
                              "property or method\r\n",
                              "GetWmiUserAccountInfo ERR(91) Object variable or With block "
                              "variable not set\r\n"}));
+}
+
+// A class, or a session's accounts, whose enumeration fails stays out of the
+// saved inventory, and the rest is saved: what the replay then finds.
+TEST_F(WmiInventory, TheSavedInventoryLeavesOutWhatCantBeEnumerated) {
+    struct FailingSet final : platform::WmiResultSet {
+        int32_t count() override { return 1; }
+        std::unique_ptr<platform::WmiObject> next() override { raise(-2147217407); }
+    };
+    struct Services final : platform::WmiServices {
+        std::unique_ptr<platform::WmiServices> machine;
+        std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
+            if (query.ends_with("Win32_Processor") || query.find("LogonId=7}") != query.npos)
+                return std::make_unique<FailingSet>();
+            return machine->execQuery(query);
+        }
+    } services;
+    services.machine = fx.wmi.connect("winmgmts:");
+    fx.wmi.classes["Win32_LogonSession"].push_back(session("7", std::vector<WmiRecord>{}));
+    platform::WmiJsonProvider replay;
+    replay.loadText(wmiSavedInventory(services), "saved");
+    const auto saved = replay.connect("winmgmts:");
+    EXPECT_FALSE(saved->execQuery("Select * from Win32_Processor"));
+    EXPECT_EQ(saved->execQuery("Select * from Win32_BIOS")->count(), 1);
+    EXPECT_EQ(saved->execQuery(wmiLogonAccountsQuery("999"))->count(), 1);
+    EXPECT_FALSE(saved->execQuery(wmiLogonAccountsQuery("7")));
 }
 
 }  // namespace

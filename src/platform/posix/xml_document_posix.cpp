@@ -15,11 +15,11 @@
 #include <pugixml.hpp>
 
 #include "platform/adapters.h"
+#include "platform/common/xml_encoding.h"
 #include "platform/common/xml_rules.h"
 #include "platform/own_file.h"
 #include "platform/posix/own_file_posix.h"
 #include "runtime/automation_error.h"
-#include "runtime/text.h"
 
 namespace ostrel::platform {
 
@@ -147,8 +147,12 @@ class PugiDocument final : public XmlDocument {
         }
         pugi::xml_parse_result result;
         if (content) {
+            // pugixml knows no windows-1252: such a file is read as UTF-8.
+            std::optional<std::string> decoded = decodeDeclaredSingleByte(*content);
+            if (decoded) content = std::move(decoded);
             result = document_.load_buffer(content->data(), content->size(),
-                                           options | pugi::parse_doctype, pugi::encoding_auto);
+                                           options | pugi::parse_doctype,
+                                           decoded ? pugi::encoding_utf8 : pugi::encoding_auto);
         }
         loadedEncoding_ = result ? result.encoding : pugi::encoding_utf8;
         const bool loaded = result && !hasDoctype();
@@ -176,11 +180,9 @@ class PugiDocument final : public XmlDocument {
         } writer(content);
         // No declaration of our own, no white space: what the document object
         // writes, in the encoding that the declaration names.
-        const pugi::xml_encoding encoding = encodingToWrite();
-        document_.save(writer, "",
-                       pugi::format_raw | pugi::format_no_declaration |
-                           (encoding == pugi::encoding_utf8 ? 0u : pugi::format_write_bom),
-                       encoding);
+        document_.save(writer, "", pugi::format_raw | pugi::format_no_declaration,
+                       pugi::encoding_utf8);
+        content = encodeAsDeclared(content, loadedEncoding_ == pugi::encoding_utf16_be);
         // No fsync, as the document object has none: the rename keeps a
         // crashed process from leaving half a file.
         if (const int error = replaceOwnFile(target, content, 0644)) raiseFileError(error);
@@ -192,38 +194,6 @@ class PugiDocument final : public XmlDocument {
             if (n.type() == pugi::node_doctype) return true;
         }
         return false;
-    }
-
-    // Latin-1 and UTF-16 as declared; for any other declaration, or text
-    // that Latin-1 can't hold, UTF-8 with a declaration that says so. A file
-    // never says one encoding and holds another.
-    pugi::xml_encoding encodingToWrite() {
-        const pugi::xml_node declaration = document_.first_child();
-        pugi::xml_attribute named = declaration.type() == pugi::node_declaration
-                                        ? declaration.attribute("encoding")
-                                        : pugi::xml_attribute();
-        if (!named) return pugi::encoding_utf8;
-        const std::string name = lowerCase(named.value());
-        if (name == "utf-16" || name == "utf-16le" || name == "utf-16be") {
-            if (loadedEncoding_ == pugi::encoding_utf16_be || name == "utf-16be") {
-                return pugi::encoding_utf16_be;
-            }
-            return pugi::encoding_utf16_le;
-        }
-        if (name == "iso-8859-1" || name == "latin1") {
-            struct Scan final : pugi::xml_writer {
-                bool beyondLatin1 = false;  // a lead byte of U+0100 and above
-                void write(const void* data, size_t size) override {
-                    const auto* bytes = static_cast<const unsigned char*>(data);
-                    for (size_t i = 0; i < size; ++i) beyondLatin1 |= bytes[i] >= 0xC4;
-                }
-            } scan;
-            document_.save(scan, "", pugi::format_raw | pugi::format_no_declaration,
-                           pugi::encoding_utf8);
-            if (!scan.beyondLatin1) return pugi::encoding_latin1;
-        }
-        if (name != "utf-8") named.set_value("UTF-8");
-        return pugi::encoding_utf8;
     }
 
     [[noreturn]] static void raiseFileError(int error) {

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "platform/own_file.h"
+#include "platform/windows/own_file_win32.h"
 #include "runtime/text.h"
 
 namespace ostrel::platform {
@@ -70,21 +71,39 @@ std::optional<std::string> readOwnFile(std::string_view path, uint64_t maxBytes)
     return content;
 }
 
-bool appendOwnFile(std::string_view path, std::string_view bytes) {
-    // Shared for reading only: a second writer finds the file open and loses its line.
-    const UniqueHandle file = openOwn(path, FILE_APPEND_DATA, FILE_SHARE_READ, OPEN_ALWAYS);
-    uint64_t size = 0;
-    if (!file || whyNotPlain(file.get(), size)) return false;
+namespace {
+
+bool writeAll(HANDLE file, std::string_view bytes) {
     while (!bytes.empty()) {
         DWORD written = 0;
-        if (!WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
-                       nullptr) ||
+        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
             written == 0) {
             return false;
         }
         bytes.remove_prefix(written);
     }
     return true;
+}
+
+}  // namespace
+
+bool appendOwnFile(std::string_view path, std::string_view bytes) {
+    // Shared for reading only: a second writer finds the file open and loses its line.
+    const UniqueHandle file = openOwn(path, FILE_APPEND_DATA, FILE_SHARE_READ, OPEN_ALWAYS);
+    uint64_t size = 0;
+    if (!file || whyNotPlain(file.get(), size)) return false;
+    return writeAll(file.get(), bytes);
+}
+
+DWORD replaceOwnFile(std::string_view target, std::string_view content) {
+    const UniqueHandle file =
+        openOwn(target, GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_ALWAYS);
+    if (!file) return GetLastError();
+    uint64_t size = 0;
+    if (whyNotPlain(file.get(), size)) return ERROR_ACCESS_DENIED;
+    if (writeAll(file.get(), content) && SetEndOfFile(file.get())) return ERROR_SUCCESS;
+    const DWORD error = GetLastError();
+    return error ? error : ERROR_WRITE_FAULT;
 }
 
 }  // namespace ostrel::platform

@@ -10,11 +10,12 @@
 #include <optional>
 
 #include "platform/adapters.h"
+#include "platform/common/xml_encoding.h"
 #include "platform/common/xml_rules.h"
 #include "platform/own_file.h"
 #include "platform/windows/com_call_win32.h"
+#include "platform/windows/own_file_win32.h"
 #include "runtime/automation_error.h"
-#include "runtime/text.h"
 
 namespace ostrel::platform {
 
@@ -28,21 +29,6 @@ constexpr CLSID kDomDocument = {
 // IXMLDOMDocument2, where the document's properties are set.
 constexpr IID kDomDocument2 = {
     0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
-
-// A path as the document's calls take it: a VARIANT holding a BSTR.
-class PathVariant {
-  public:
-    explicit PathVariant(std::string_view path) : text_(path) {
-        VariantInit(&value_);
-        value_.vt = VT_BSTR;
-        value_.bstrVal = text_.get();
-    }
-    VARIANT get() const { return value_; }
-
-  private:
-    Bstr text_;
-    VARIANT value_;
-};
 
 // The apartment's globals go when its thread ends, which may be after the
 // host left COM; the object's code may be gone by then, so what is still
@@ -128,6 +114,7 @@ class MsxmlDocument final : public XmlDocument {
             content = readOwnFile(path, kMaxSettingsFileBytes);
         } catch (const OwnFileRefused&) {
         }
+        bigEndian_ = content && content->starts_with("\xFE\xFF");
         ComPtr<IStream> stream;
         HGLOBAL memory = content ? GlobalAlloc(GMEM_MOVEABLE, content->size() + 1) : nullptr;
         if (memory) {
@@ -175,18 +162,80 @@ class MsxmlDocument final : public XmlDocument {
     }
 
     void save(std::string_view path) override {
-        // Never through a link: the object itself would follow it.
-        const std::u16string wide = toUtf16(path);
-        const DWORD found = GetFileAttributesW(reinterpret_cast<const wchar_t*>(wide.c_str()));
-        if (found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_REPARSE_POINT))
-            raise(kErrPermissionDenied);
-        const PathVariant file(path);
-        checkHresult(document_->save(file.get()));
+        if (path.empty()) raiseXmlFailure("The path is empty.");
+        // The object writes UTF-8 where the document has no declaration, and
+        // Wine's writes UTF-8 under any declaration: so the declaration is
+        // taken out while the object writes, and the text is then put into
+        // the encoding the declaration names.
+        ComPtr<IXMLDOMNode> declaration;
+        std::string content;
+        checkHresult(document_->get_firstChild(declaration.GetAddressOf()));
+        Bstr name;
+        if (declaration && SUCCEEDED(declaration->get_nodeName(name.put())) &&
+            name.utf8() == "xml") {
+            Bstr text;
+            ComPtr<IXMLDOMNode> removed;
+            checkHresult(declaration->get_xml(text.put()));
+            checkHresult(document_->removeChild(declaration.Get(), removed.GetAddressOf()));
+            content = text.utf8() + "\r\n";
+        } else {
+            declaration.Reset();
+        }
+        std::string written;
+        const HRESULT saved = saveToMemory(written);
+        if (declaration) putBack(declaration);
+        checkHresult(saved);
+        if (written.starts_with("\xEF\xBB\xBF")) written.erase(0, 3);
+        // A declaration the object would add of its own gives way to the document's.
+        if (const size_t end = written.find("?>");
+            declaration && written.starts_with("<?xml") && end != std::string::npos) {
+            written.erase(0, written.find_first_not_of("\r\n", end + 2));
+        }
+        content += written;
+        // A failure is the system's, as the object's own save gave it.
+        checkHresult(
+            HRESULT_FROM_WIN32(replaceOwnFile(path, encodeAsDeclared(content, bigEndian_))));
     }
 
   private:
+    // What the object writes, as it would write the file.
+    HRESULT saveToMemory(std::string& bytes) {
+        ComPtr<IStream> stream;
+        HRESULT hr = CreateStreamOnHGlobal(nullptr, TRUE, stream.GetAddressOf());
+        if (FAILED(hr)) return hr;
+        VARIANT target;
+        VariantInit(&target);
+        target.vt = VT_UNKNOWN;
+        target.punkVal = stream.Get();
+        STATSTG stat{};
+        HGLOBAL memory = nullptr;
+        if (FAILED(hr = document_->save(target)) ||
+            FAILED(hr = stream->Stat(&stat, STATFLAG_NONAME)) ||
+            FAILED(hr = GetHGlobalFromStream(stream.Get(), &memory))) {
+            return hr;
+        }
+        bytes.assign(static_cast<const char*>(GlobalLock(memory)),
+                     static_cast<size_t>(stat.cbSize.QuadPart));
+        GlobalUnlock(memory);
+        return S_OK;
+    }
+
+    // The declaration back in front of whatever the document holds.
+    void putBack(const ComPtr<IXMLDOMNode>& declaration) {
+        ComPtr<IXMLDOMNode> first, inserted;
+        document_->get_firstChild(first.GetAddressOf());
+        VARIANT before;
+        VariantInit(&before);
+        if (first) {
+            before.vt = VT_UNKNOWN;
+            before.punkVal = first.Get();
+        }
+        document_->insertBefore(declaration.Get(), before, inserted.GetAddressOf());
+    }
+
     ComPtr<IXMLDOMDocument> document_;
     MsxmlNode root_;
+    bool bigEndian_ = false;  // the UTF-16 file loaded last was big-endian
 };
 
 void setProperty(IXMLDOMDocument2& document, std::string_view name, bool on) {
