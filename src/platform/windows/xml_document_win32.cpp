@@ -192,9 +192,12 @@ class MsxmlDocument final : public XmlDocument {
             written.erase(0, written.find_first_not_of("\r\n", end + 2));
         }
         content += written;
-        // A failure is the system's, as the object's own save gave it.
-        checkHresult(
-            HRESULT_FROM_WIN32(replaceOwnFile(path, encodeAsDeclared(content, bigEndian_))));
+        // A failure is the system's, as the object's own save gave it; a
+        // refused or read-only file is 70, as a host sees the object's
+        // E_ACCESSDENIED.
+        const DWORD error = replaceOwnFile(path, encodeAsDeclared(content, bigEndian_));
+        if (error == ERROR_ACCESS_DENIED) raise(kErrPermissionDenied);
+        checkHresult(HRESULT_FROM_WIN32(error));
     }
 
   private:
