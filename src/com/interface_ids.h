@@ -20,6 +20,14 @@ constexpr IID toIid(const registration::Guid& guid) {
              guid.data4[5], guid.data4[6], guid.data4[7]}};
 }
 
+constexpr registration::Guid fromIid(const GUID& guid) {
+    return {guid.Data1,
+            guid.Data2,
+            guid.Data3,
+            {guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3], guid.Data4[4],
+             guid.Data4[5], guid.Data4[6], guid.Data4[7]}};
+}
+
 template <std::size_t N>
 constexpr std::array<IID, N> toIids(const std::array<registration::Guid, N>& guids) {
     std::array<IID, N> iids{};

@@ -8,6 +8,7 @@
 
 #include "com/automation_types.h"
 #include "com/dispatch.h"
+#include "com/interface_ids.h"
 #include "com/module.h"
 #include "com/registration_table.h"
 
@@ -35,11 +36,7 @@ class RegKey {
 };
 
 std::wstring guidText(REFGUID guid) {
-    return table::guidText({guid.Data1,
-                            guid.Data2,
-                            guid.Data3,
-                            {guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3],
-                             guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]}});
+    return table::guidText(fromIid(guid));
 }
 
 // Hexadecimal, as the type library keys spell versions.

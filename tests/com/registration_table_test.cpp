@@ -10,6 +10,7 @@
 #include <string>
 #include <tuple>
 
+#include "com/interface_ids.h"
 #include "com/registration_table.h"
 
 namespace {
@@ -17,11 +18,7 @@ namespace {
 namespace table = ostrel::com::registration;
 
 std::wstring text(const GUID& guid) {
-    return table::guidText({guid.Data1,
-                            guid.Data2,
-                            guid.Data3,
-                            {guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3],
-                             guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]}});
+    return table::guidText(ostrel::com::fromIid(guid));
 }
 
 std::wstring take(BSTR string) {
