@@ -9,7 +9,8 @@
 # With OSTREL_SPLIT_DEBUG (the release presets) the artefacts are installed
 # stripped, their debug information in a file of their own (found through
 # the .gnu_debuglink section) in the component "debug": lib/debug/.build-id
-# on Linux, where gdb looks, and debug/ on Windows.
+# on Linux, where gdb looks, and beside the binary on Windows (the debug zip
+# unpacks over the program folder, where the debug link is looked up first).
 option(OSTREL_SPLIT_DEBUG "Install stripped artefacts with their debug information apart" OFF)
 include(GNUInstallDirs)
 
@@ -39,7 +40,7 @@ function(ostrel_install_artefact target file)
   add_custom_target(${target}_stripped ALL DEPENDS ${dir}/${file})
   install(PROGRAMS ${dir}/${file} DESTINATION ${OSTREL_INSTALL_BINDIR} COMPONENT runtime)
   if(WIN32)
-    install(FILES ${dir}/${file}.debug DESTINATION debug COMPONENT debug)
+    install(FILES ${dir}/${file}.debug DESTINATION ${OSTREL_INSTALL_BINDIR} COMPONENT debug)
   else()
     install(DIRECTORY ${dir}/.build-id DESTINATION lib/debug COMPONENT debug)
   endif()

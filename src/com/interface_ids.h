@@ -5,27 +5,38 @@
 #pragma once
 
 #include "com/ostrel_h.h"
+#include "com/registration_table.h"
 
 #include <array>
+#include <cstddef>
 
 namespace ostrel::com {
 
-// _wncPCInfo before its last change.
-inline constexpr std::array<IID, 1> kOlderPCInfoIids = {{
-    {0xAFBB1CFD, 0x5CFA, 0x46EE, {0xA3, 0x9F, 0x09, 0xFF, 0x2B, 0xCF, 0x52, 0xCC}},
-}};
+constexpr IID toIid(const registration::Guid& guid) {
+    return {guid.data1,
+            guid.data2,
+            guid.data3,
+            {guid.data4[0], guid.data4[1], guid.data4[2], guid.data4[3], guid.data4[4],
+             guid.data4[5], guid.data4[6], guid.data4[7]}};
+}
 
-// _wncSoftwareProduct, oldest first.
-inline constexpr std::array<IID, 9> kOlderSoftwareProductIids = {{
-    {0x20CFA9FE, 0x4058, 0x4CD2, {0x8D, 0xB5, 0xB7, 0xDD, 0xA5, 0xA7, 0xD3, 0x90}},
-    {0xC4753E71, 0x68D2, 0x48D0, {0x83, 0xB9, 0x30, 0x9F, 0x72, 0xC1, 0x6B, 0x80}},
-    {0x7D7F0E86, 0xA961, 0x4295, {0x95, 0x86, 0xF0, 0x14, 0xAB, 0x18, 0x72, 0x5F}},
-    {0xADD4F1AA, 0x38B7, 0x424F, {0xAD, 0x04, 0x4B, 0xE8, 0xAD, 0x87, 0x16, 0x01}},
-    {0x77D4A628, 0x7265, 0x410B, {0x9E, 0x09, 0xEC, 0x47, 0x9A, 0xAC, 0x46, 0x2B}},
-    {0x72002B29, 0xEC56, 0x11D6, {0x86, 0x0A, 0x00, 0x50, 0x8B, 0x62, 0x79, 0x27}},
-    {0x1C53F141, 0x137B, 0x4BF3, {0xA4, 0x41, 0xFA, 0xDA, 0x90, 0x11, 0xE2, 0xB0}},
-    {0x432279C8, 0xF5DC, 0x4905, {0xB4, 0x5D, 0xAE, 0xF9, 0xF6, 0x35, 0x51, 0x8D}},
-    {0xF06D94C2, 0xD8E6, 0x4F9B, {0x92, 0x90, 0x60, 0x8F, 0xCE, 0x04, 0xD3, 0xB2}},
-}};
+constexpr registration::Guid fromIid(const GUID& guid) {
+    return {guid.Data1,
+            guid.Data2,
+            guid.Data3,
+            {guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3], guid.Data4[4],
+             guid.Data4[5], guid.Data4[6], guid.Data4[7]}};
+}
+
+template <std::size_t N>
+constexpr std::array<IID, N> toIids(const std::array<registration::Guid, N>& guids) {
+    std::array<IID, N> iids{};
+    for (std::size_t i = 0; i < N; ++i) iids[i] = toIid(guids[i]);
+    return iids;
+}
+
+inline constexpr std::array<IID, 1> kOlderPCInfoIids = toIids(registration::kOlderPCInfoIids);
+inline constexpr std::array<IID, 9> kOlderSoftwareProductIids =
+    toIids(registration::kOlderSoftwareProductIids);
 
 }  // namespace ostrel::com

@@ -1,6 +1,5 @@
 #include "com/public_classes.h"
 
-#include "com/interface_ids.h"
 #include "com/pc_info_object.h"
 #include "com/services_object.h"
 #include "com/software_product_object.h"
@@ -37,17 +36,10 @@ HRESULT createServices(REFIID riid, void** object) {
 
 const std::array<PublicClass, 4>& publicClasses() {
     static const std::array<PublicClass, 4> classes = {{
-        {L"wncSoftwareProducts",
-         L"_wncSoftwareProducts",
-         CLSID_wncSoftwareProducts,
-         IID__wncSoftwareProducts,
-         {},
-         createSoftwareProducts},
-        {L"wncSoftwareProduct", L"_wncSoftwareProduct", CLSID_wncSoftwareProduct,
-         IID__wncSoftwareProduct, kOlderSoftwareProductIids, createSoftwareProduct},
-        {L"wncPCInfo", L"_wncPCInfo", CLSID_wncPCInfo, IID__wncPCInfo, kOlderPCInfoIids,
-         createPCInfo},
-        {L"wncServices", L"_wncServices", CLSID_wncServices, IID__wncServices, {}, createServices},
+        {CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, createSoftwareProducts},
+        {CLSID_wncSoftwareProduct, IID__wncSoftwareProduct, createSoftwareProduct},
+        {CLSID_wncPCInfo, IID__wncPCInfo, createPCInfo},
+        {CLSID_wncServices, IID__wncServices, createServices},
     }};
     return classes;
 }

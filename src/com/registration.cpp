@@ -8,16 +8,17 @@
 
 #include "com/automation_types.h"
 #include "com/dispatch.h"
+#include "com/interface_ids.h"
 #include "com/module.h"
-#include "com/public_classes.h"
+#include "com/registration_table.h"
 
 namespace ostrel::com {
 
 namespace {
 
-// The automation marshaller: older identifiers are marshalled like the newest.
-constexpr const wchar_t* kAutomationProxyStub = L"{00020424-0000-0000-C000-000000000046}";
-constexpr const wchar_t* kProgIdPrefix = L"Ostrel.";
+namespace table = registration;
+
+constexpr table::Bitness kBitness = sizeof(void*) == 8 ? table::Bitness::x64 : table::Bitness::x86;
 
 class RegKey {
   public:
@@ -35,9 +36,7 @@ class RegKey {
 };
 
 std::wstring guidText(REFGUID guid) {
-    wchar_t text[40] = {};
-    StringFromGUID2(guid, text, 40);
-    return text;
+    return table::guidText(fromIid(guid));
 }
 
 // Hexadecimal, as the type library keys spell versions.
@@ -47,10 +46,6 @@ std::wstring typeLibVersion(const TLIBATTR& attr) {
     return text;
 }
 
-std::wstring decimalVersion(const TLIBATTR& attr) {
-    return std::to_wstring(attr.wMajorVerNum) + L"." + std::to_wstring(attr.wMinorVerNum);
-}
-
 // The view the other build of the component registers in.
 constexpr REGSAM kOtherView = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
 
@@ -58,86 +53,28 @@ HRESULT fromStatus(LSTATUS status) {
     return status == ERROR_SUCCESS ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
 
-struct Value {
-    const wchar_t* name;  // nullptr: the default value
-    std::wstring data;
-};
-
-// One key that registration writes under HKEY_CLASSES_ROOT.
-struct OwnedKey {
-    std::wstring path;
-    std::vector<Value> values;
-    // The whole tree is ours: unregistration deletes it.
-    bool root = false;
-    // In the part of the registry both views see (the ProgIDs): deleted only
-    // when no view still registers the classes.
-    bool shared = false;
-};
-
 struct LoadedLibrary {
     ComPtr<ITypeLib> lib;
     TLIBATTR attr{};
 };
 
-// The Interface keys the type library's registration writes, one for each
-// automation interface it describes: removing them is ours.
-void addLibraryInterfaces(ITypeLib& lib, std::vector<OwnedKey>& keys) {
-    for (UINT index = 0, count = lib.GetTypeInfoCount(); index < count; ++index) {
-        ComPtr<ITypeInfo> info;
-        TYPEATTR* attr = nullptr;
-        if (FAILED(lib.GetTypeInfo(index, info.put())) || FAILED(info->GetTypeAttr(&attr))) {
-            continue;
-        }
-        const bool automation = attr->typekind == TKIND_DISPATCH ||
-                                (attr->typekind == TKIND_INTERFACE &&
-                                 (attr->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION)));
-        if (automation) keys.push_back({L"Interface\\" + guidText(attr->guid), {}, true});
-        info->ReleaseTypeAttr(attr);
-    }
+// Every key of the table for this build at path; the type library's
+// registration writes those of table::Writer::typeLibrary.
+std::vector<table::Key> ownedKeys(const std::wstring& path) {
+    const std::size_t slash = path.find_last_of(L'\\');
+    return table::keys(path, slash == std::wstring::npos ? std::wstring() : path.substr(0, slash),
+                       kBitness);
 }
 
-// Every key registration writes besides the type library's own, parents
-// before their sub-keys.
-std::vector<OwnedKey> ownedKeys(const std::wstring& path, const LoadedLibrary& loaded) {
-    const TLIBATTR& attr = loaded.attr;
-    const std::wstring libId = guidText(attr.guid);
-    std::vector<OwnedKey> keys;
-    addLibraryInterfaces(*loaded.lib.get(), keys);
-    for (const PublicClass& publicClass : publicClasses()) {
-        const std::wstring progId = kProgIdPrefix + std::wstring(publicClass.name);
-        const std::wstring clsid = guidText(publicClass.clsid);
-        const std::wstring clsidKey = L"CLSID\\" + clsid;
-        keys.push_back({progId, {{nullptr, progId}}, true, true});
-        keys.push_back({progId + L"\\Clsid", {{nullptr, clsid}}, false, true});
-        keys.push_back({clsidKey, {{nullptr, progId}}, true});
-        keys.push_back(
-            {clsidKey + L"\\InprocServer32", {{nullptr, path}, {L"ThreadingModel", L"Apartment"}}});
-        keys.push_back({clsidKey + L"\\ProgID", {{nullptr, progId}}});
-        keys.push_back({clsidKey + L"\\VERSION", {{nullptr, decimalVersion(attr)}}});
-        keys.push_back({clsidKey + L"\\TypeLib", {{nullptr, libId}}});
-        keys.push_back({clsidKey + L"\\Programmable", {}});
-        for (const IID& older : publicClass.olderIids) {
-            const std::wstring key = L"Interface\\" + guidText(older);
-            keys.push_back({key, {{nullptr, publicClass.interfaceName}}, true});
-            keys.push_back({key + L"\\ProxyStubClsid", {{nullptr, kAutomationProxyStub}}});
-            keys.push_back({key + L"\\ProxyStubClsid32", {{nullptr, kAutomationProxyStub}}});
-            keys.push_back(
-                {key + L"\\TypeLib", {{nullptr, libId}, {L"Version", typeLibVersion(attr)}}});
-            keys.push_back({key + L"\\Forward", {{nullptr, guidText(publicClass.iid)}}});
-        }
-    }
-    return keys;
-}
-
-HRESULT writeKey(const OwnedKey& owned) {
+HRESULT writeKey(const table::Key& owned) {
     RegKey key;
     LSTATUS status = RegCreateKeyExW(HKEY_CLASSES_ROOT, owned.path.c_str(), 0, nullptr, 0,
                                      KEY_SET_VALUE, nullptr, key.put(), nullptr);
-    for (const Value& value : owned.values) {
+    for (const table::Value& value : owned.values) {
         if (status != ERROR_SUCCESS) break;
         const auto bytes = static_cast<DWORD>((value.data.size() + 1) * sizeof(wchar_t));
-        status = RegSetValueExW(key.get(), value.name, 0, REG_SZ,
-                                reinterpret_cast<const BYTE*>(value.data.c_str()), bytes);
+        status = RegSetValueExW(key.get(), value.name.empty() ? nullptr : value.name.c_str(), 0,
+                                REG_SZ, reinterpret_cast<const BYTE*>(value.data.c_str()), bytes);
     }
     return fromStatus(status);
 }
@@ -220,8 +157,9 @@ void removeTypeLibKeys(const TLIBATTR& attr, Outcome& outcome) {
 // Whether the build of the other bitness is registered too (its class keys
 // lie in the other view).
 bool otherViewRegisters() {
-    for (const PublicClass& publicClass : publicClasses()) {
-        if (keyExists(L"CLSID\\" + guidText(publicClass.clsid) + L"\\InprocServer32", kOtherView)) {
+    for (const table::Class& publicClass : table::classes()) {
+        if (keyExists(L"CLSID\\" + table::guidText(publicClass.clsid) + L"\\InprocServer32",
+                      kOtherView)) {
             return true;
         }
     }
@@ -230,10 +168,11 @@ bool otherViewRegisters() {
 
 HRESULT unregister(const LoadedLibrary& loaded) {
     const TLIBATTR& attr = loaded.attr;
-    const std::vector<OwnedKey> keys = ownedKeys({}, loaded);
+    const std::vector<table::Key> keys = ownedKeys({});
     Outcome outcome;
-    for (const OwnedKey& key : keys) {
-        if (key.root && !key.shared) outcome.deleteTree(key.path);
+    // Ours in this view: the class keys, the Interface keys, older ones included.
+    for (const table::Key& key : keys) {
+        if (key.tree && key.writer != table::Writer::serverShared) outcome.deleteTree(key.path);
     }
     const bool last = !otherViewRegisters();
     // The system's unregistration clears the Interface keys of the library in
@@ -243,8 +182,10 @@ HRESULT unregister(const LoadedLibrary& loaded) {
                                        attr.syskind));
     }
     removeTypeLibKeys(attr, outcome);
-    for (const OwnedKey& key : keys) {
-        if (key.root && key.shared && last) outcome.deleteTree(key.path);
+    for (const table::Key& key : keys) {
+        if (key.tree && key.writer == table::Writer::serverShared && last) {
+            outcome.deleteTree(key.path);
+        }
     }
     return outcome.result();
 }
@@ -253,8 +194,9 @@ HRESULT registerAll(const LoadedLibrary& loaded, const std::wstring& path) {
     if (FAILED(RegisterTypeLib(loaded.lib.get(), const_cast<OLECHAR*>(path.c_str()), nullptr))) {
         return SELFREG_E_TYPELIB;
     }
-    for (const OwnedKey& key : ownedKeys(path, loaded)) {
-        if (FAILED(writeKey(key))) return SELFREG_E_CLASS;
+    for (const table::Key& key : ownedKeys(path)) {
+        if (key.writer != table::Writer::typeLibrary && FAILED(writeKey(key)))
+            return SELFREG_E_CLASS;
     }
     return S_OK;
 }

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # The MSI of dist/ under Wine, in a fresh prefix:
-#   - the keys it writes in HKEY_CLASSES_ROOT are those regsvr32 writes for
-#     both DLLs, key for key and value for value;
+#   - for each bitness, the keys its feature alone writes in HKEY_CLASSES_ROOT
+#     (both views) are those regsvr32 of that bitness writes for its DLL
+#     alone, key for key and value for value;
 #   - installed, the four classes are made from the 64-bit and the 32-bit
 #     script host, ReadAll reads a Toolbar key, ostrel.exe runs from its folder;
+#   - a repair brings back a deleted file and deleted registry keys;
 #   - a package of a higher version installs over it;
 #   - removed, the program folders are gone, and the registry is as before
 #     (run it under tests/wine/registry_unchanged.sh, as scripts/test does).
@@ -31,25 +33,29 @@ classes() {
     awk '/^\[/ { out = index($0, "[HKEY_CLASSES_ROOT\\Installer") != 1 } out' >"$work/$1.txt"
 }
 
-# What regsvr32 writes, for both DLLs at the paths the package uses.
-mkdir -p "$x64" "$x86"
-cp "$stage/x64/Ostrel.dll" "$x64/" && cp "$stage/x86/Ostrel.dll" "$x86/"
-wine_builtin 64 regsvr32 /s 'C:\Program Files\Ostrel\Ostrel.dll'
-wine_builtin 32 regsvr32 /s 'C:\Program Files (x86)\Ostrel\Ostrel.dll'
-classes regsvr32
-wine_builtin 64 regsvr32 /s /u 'C:\Program Files\Ostrel\Ostrel.dll'
-wine_builtin 32 regsvr32 /s /u 'C:\Program Files (x86)\Ostrel\Ostrel.dll'
-rm -rf "$x64" "$x86"
+# For each bitness: what regsvr32 writes for its DLL alone, at the path the
+# package uses, against what the package's feature of that bitness writes.
+declare -A feature=([64]=x64 [32]=x86) folder=([64]="$x64" [32]="$x86")
+for bits in 64 32; do
+  name="${feature[$bits]}"
+  dll="$(winepath -w "${folder[$bits]}")\\Ostrel.dll"
+  mkdir -p "${folder[$bits]}" && cp "$stage/$name/Ostrel.dll" "${folder[$bits]}/"
+  wine_builtin "$bits" regsvr32 /s "$dll"
+  classes "regsvr32-$name"
+  wine_builtin "$bits" regsvr32 /s /u "$dll"
+  rm -rf "${folder[$bits]}"
+  msiexec /i "$(winepath -w "$msi")" ADDLOCAL="$name" /qn
+  classes "msi-$name"
+  msiexec /x "$(winepath -w "$msi")" /qn
+  if diff "$work/regsvr32-$name.txt" "$work/msi-$name.txt" >"$work/$name.diff"; then
+    ok "$name: the rows of its feature are the keys and values its regsvr32 writes"
+  else
+    fail "$name: the rows of its feature and the keys of its regsvr32 differ (< regsvr32, > package):"
+    head -n 30 "$work/$name.diff"
+  fi
+done
 
 check "msiexec /i $(basename "$msi") /qn" msiexec /i "$(winepath -w "$msi")" /qn
-classes msi
-if diff "$work/regsvr32.txt" "$work/msi.txt" >"$work/classes.diff"; then
-  ok "the package's rows are the keys and values regsvr32 writes"
-else
-  fail "the package's rows and regsvr32's keys differ (< regsvr32, > package):"
-  head -n 30 "$work/classes.diff"
-fi
-
 toolbar='HKLM\SOFTWARE\QUORL\Toolbar'
 wine_builtin 32 reg add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f >/dev/null 2>&1
 for bits in 64 32; do
@@ -57,6 +63,20 @@ for bits in 64 32; do
 done
 check "ostrel.exe --version from Program Files\\Ostrel" \
   grep -q "$version" <("$(wine_of 64)" "$x64/ostrel.exe" --version 2>/dev/null)
+
+# A repair puts back a file and keys of the package that were deleted. It is
+# started with the properties msiexec /famus sets: Wine's msiexec hands a
+# package given to /f to the call that takes a product code, and has no repair
+# by product code.
+rm "$x86/part-numbers.txt"
+wine_builtin 64 reg delete 'HKCR\Ostrel.wncPCInfo' /f >/dev/null 2>&1
+wine_builtin 64 reg delete 'HKCR\CLSID\{9EF49E03-09E0-47D1-B36C-D209FBBBCC02}' /reg:32 /f >/dev/null 2>&1
+check "msiexec /i REINSTALL=ALL REINSTALLMODE=amus (repair)" \
+  msiexec /i "$(winepath -w "$msi")" REINSTALL=ALL REINSTALLMODE=amus /qn
+check "the repair put back the deleted file" test -f "$x86/part-numbers.txt"
+for bits in 64 32; do
+  check "the repair put back the deleted keys ($bits-bit script host)" run_vbs "$bits" "$here/installed.vbs"
+done
 
 # The same package one patch level up installs over it (a major upgrade).
 higher="${version%.*}.$((${version##*.} + 1))"
