@@ -72,6 +72,9 @@ check_registered() { # check_registered <dll path in Windows form> <win32|win64>
     [ "$(value_of "HKCR\\Interface\\${iids[3]}\\TypeLib" '')" = "$libid" ] &&
     ok "older identifiers point to the type library and the newest identifier" ||
     fail "older identifiers' keys"
+  # Another apartment reaches an object through the type library's proxy.
+  [ "$(value_of "HKCR\\Interface\\${iids[2]}\\ProxyStubClsid32" '')" = '{00020424-0000-0000-C000-000000000046}' ] &&
+    ok "the interfaces marshal through the type library" || fail "no ProxyStubClsid32 of the automation marshaller"
 }
 
 check_unregistered() { # check_unregistered [prefix of the message]

@@ -3,16 +3,13 @@
 // send or see: the older interface identifiers (their values: com_server.sh,
 // in the registry), the error object of a failing call, the enumerator's
 // positions, when the DLL may unload, named, omitted and bad arguments, an
-// object as an index, and a call through the type library's proxy from
-// another apartment. The DLL must be registered. Exit code: number of
+// object as an index. The DLL must be registered. Exit code: number of
 // failed checks.
 #include <windows.h>
 
-#include <atomic>
 #include <initializer_list>
 #include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 // The identifiers are defined here, from the generated header.
@@ -248,87 +245,6 @@ void argumentsThroughInvoke() {
           "a mismatch in a named argument: puArgErr is its place");
 }
 
-#ifdef _WIN64
-constexpr const wchar_t* kPlatform = L"win64";
-#else
-constexpr const wchar_t* kPlatform = L"win32";
-#endif
-constexpr const wchar_t* kTypeLibVersion = L"TypeLib\\{3E2EAAB4-65B9-49E3-917A-E1D592331BAB}\\e.f";
-
-// Wine's proxy looks for the type library under locale 0 only, where Windows
-// falls back from 0 to the registered 409: for the time of the test the
-// same file stands under 0 as well (the registration itself is left as it is).
-class NeutralLocaleTypeLib {
-  public:
-    NeutralLocaleTypeLib() {
-        const std::wstring registered = std::wstring(kTypeLibVersion) + L"\\409\\" + kPlatform;
-        wchar_t path[MAX_PATH] = {};
-        LONG size = sizeof path;
-        if (RegQueryValueW(HKEY_CLASSES_ROOT, registered.c_str(), path, &size) != ERROR_SUCCESS) {
-            return;
-        }
-        const std::wstring neutral = std::wstring(kTypeLibVersion) + L"\\0\\" + kPlatform;
-        made_ = RegSetValueW(HKEY_CLASSES_ROOT, neutral.c_str(), REG_SZ, path,
-                             static_cast<DWORD>(wcslen(path) * sizeof(wchar_t))) == ERROR_SUCCESS;
-    }
-    ~NeutralLocaleTypeLib() {
-        if (!made_) return;
-        RegDeleteKeyW(HKEY_CLASSES_ROOT,
-                      (std::wstring(kTypeLibVersion) + L"\\0\\" + kPlatform).c_str());
-        RegDeleteKeyW(HKEY_CLASSES_ROOT, (std::wstring(kTypeLibVersion) + L"\\0").c_str());
-    }
-    NeutralLocaleTypeLib(const NeutralLocaleTypeLib&) = delete;
-    NeutralLocaleTypeLib& operator=(const NeutralLocaleTypeLib&) = delete;
-
-  private:
-    bool made_ = false;
-};
-
-// The standard marshaller (the type library's proxy, through the Interface
-// keys) carries a call from another apartment.
-void fromAnotherApartment() {
-    const NeutralLocaleTypeLib neutral;
-    Ptr<_wncPCInfo> info;
-    create(CLSID_wncPCInfo, IID__wncPCInfo, info);
-    if (!info.p) return check(false, "wncPCInfo created");
-    BSTR here = nullptr;
-    info->get_ComputerName(&here);
-    IStream* stream = nullptr;
-    const HRESULT marshalled =
-        CoMarshalInterThreadInterfaceInStream(IID__wncPCInfo, info.p, &stream);
-    HRESULT unmarshalled = E_FAIL, called = E_FAIL;
-    std::wstring there;
-    bool proxied = false;
-    std::atomic<bool> done{false};
-    std::thread other([&] {
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        {
-            Ptr<_wncPCInfo> remote;
-            unmarshalled = CoGetInterfaceAndReleaseStream(stream, IID__wncPCInfo, remote.putVoid());
-            if (remote.p) {
-                proxied = static_cast<void*>(remote.p) != static_cast<void*>(info.p);
-                BSTR name = nullptr;
-                called = remote->get_ComputerName(&name);
-                there = name ? name : L"";
-                SysFreeString(name);
-            }
-        }
-        CoUninitialize();
-        done = true;
-    });
-    // The object's apartment serves the call while the other thread waits.
-    while (!done) {
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-        Sleep(5);
-    }
-    other.join();
-    check(SUCCEEDED(marshalled) && SUCCEEDED(unmarshalled) && proxied && called == S_OK &&
-              there == (here ? here : L""),
-          "a call from another apartment through the proxy answers the same");
-    SysFreeString(here);
-}
-
 }  // namespace
 
 int main() {
@@ -338,7 +254,6 @@ int main() {
     errorsAndTheEnumerator();
     argumentsThroughInvoke();
     unloadOnlyWhenUnused();
-    fromAnotherApartment();
     CoUninitialize();
     return host::finish();
 }
