@@ -171,7 +171,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   empty_toolbar
 }
 
-check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the type library
+check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the version
   local dll="$1" format="$2" dump exports
   [ -e "$dll" ] || { fail "$dll is missing"; return; }
   dump="$(x86_64-w64-mingw32-objdump -p "$dll")"
@@ -182,7 +182,6 @@ check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the 
     ok "exactly the four exports" || fail "exports: $exports"
   local resources
   resources="$(x86_64-w64-mingw32-windres --input-format=coff -i "$dll" -O rc 2>/dev/null)"
-  grep -q '^1 "TYPELIB"' <<<"$resources" && ok "type library as resource 1" || fail "no TYPELIB resource 1"
   grep -q 'VALUE "OLESelfRegister", ""' <<<"$resources" && grep -q 'FILEVERSION 14, 15,' <<<"$resources" &&
     ok "version resource: OLESelfRegister, version 14.15" || fail "version resource"
 }
