@@ -47,15 +47,13 @@ struct Var {
         V_VT(&v) = VT_I4;
         V_I4(&v) = number;
     }
-    explicit Var(const wchar_t* text) : Var() { setText(text); }
-    Var(const Var&) = delete;
-    Var& operator=(const Var&) = delete;
-    ~Var() { VariantClear(&v); }
-    void setText(const wchar_t* text) {
-        VariantClear(&v);
+    explicit Var(const wchar_t* text) : Var() {
         V_VT(&v) = VT_BSTR;
         V_BSTR(&v) = SysAllocString(text);
     }
+    Var(const Var&) = delete;
+    Var& operator=(const Var&) = delete;
+    ~Var() { VariantClear(&v); }
     // A host variable: a reference to a Variant the caller keeps.
     void refTo(VARIANT& target) {
         VariantClear(&v);
@@ -84,17 +82,13 @@ inline void clear(EXCEPINFO& excep) {
     excep = {};
 }
 
-// IDispatch::Invoke; the exception's texts are freed unless `kept` takes them.
+// IDispatch::Invoke; the exception's texts are freed.
 inline HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS& params, VARIANT* result,
-                      UINT* argErr = nullptr, EXCEPINFO* kept = nullptr) {
+                      UINT* argErr = nullptr) {
     EXCEPINFO excep = {};
     const HRESULT hr =
         object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result, &excep, argErr);
-    if (kept) {
-        *kept = excep;
-    } else {
-        clear(excep);
-    }
+    clear(excep);
     return hr;
 }
 
