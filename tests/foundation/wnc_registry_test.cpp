@@ -82,9 +82,6 @@ TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAnswersFalse) {
 
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "SOFTWARE\\Missing", kKeyRead, 0); }), 53);
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "Refused", kKeyRead, 0); }), 70);
-    fx.ports.registry = nullptr;
-    fx.install();
-    EXPECT_EQ(errorNumberOf([] { WNCRegistry none; }), 429);
 }
 
 TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
