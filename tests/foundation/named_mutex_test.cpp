@@ -89,8 +89,7 @@ TEST_F(MutexGuard, RefusedReleaseAndCloseAreToldInTheReleasesWords) {
 }
 
 TEST_F(MutexGuard, WithoutALockServiceTheRunTimeErrorIsLogged) {
-    fx.ports.namedMutex = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::namedMutex, nullptr);
     EXPECT_EQ(GetMutex("M", 10), 0);
     EXPECT_EQ(said(), Calls{"[GetMutex] Name: M ERROR: 429 - ActiveX component can't create "
                             "object\r\n"});

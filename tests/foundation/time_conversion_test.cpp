@@ -80,8 +80,7 @@ TEST_F(TimeConversion, OnlyToGmtWrapsItsFailureNowGmtPassesItOn) {
     EXPECT_EQ(fromGmt.number, kErrOverflow);
     EXPECT_EQ(fromGmt.description, "Overflow") << "no failure path of its own";
 
-    fx.ports.timeZone = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::timeZone, nullptr);
     const AutomationError noZone = raisedBy([](double) { return gfdatNowGMT(); }, 0);
     EXPECT_EQ(noZone.number, kErrCantCreate);
     EXPECT_EQ(noZone.description, "[gfdatConvertToGMT]ActiveX component can't create object");
@@ -97,8 +96,7 @@ class SystemTimeZone : public ::testing::Test {
         if (!zone) GTEST_SKIP() << "run with a fixed zone by ctest only";
         zone_ = zone;
         fx.ports.timeZone = &platform::systemTimeZone();
-        fx.ports.clock = &platform::systemClock();
-        fx.install();
+        fx.use(&platform::Ports::clock, &platform::systemClock());
     }
     std::string zone_;
     fakes::TestApartment fx;

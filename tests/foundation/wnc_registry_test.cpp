@@ -57,8 +57,7 @@ class WNCRegistryTest : public ::testing::Test {
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n"
             "\"PartNumber\"=\"PN-1\"\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
-        fx.ports.registry = &port;
-        fx.install();
+        fx.use(&platform::Ports::registry, &port);
     }
 
     fakes::TestApartment fx;
