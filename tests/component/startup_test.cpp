@@ -72,8 +72,7 @@ TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStartUpGoesOn) {
 
 TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {
     TestApartment fx;
-    fx.ports.fileSystem = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::fileSystem, nullptr);
     expectFailedOnce(
         fx,
         "Unable to create FileSystemObject.\r\nError 429: ActiveX component can't create object");
@@ -86,8 +85,7 @@ TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {
     EXPECT_EQ(fx.debugStream.texts.back(), "still here\r\n");
 
     // Without a message box to show it on, it still never raises.
-    fx.ports.messageBox = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::messageBox, nullptr);
     EXPECT_NO_THROW(ensureStarted());
     EXPECT_EQ(apartment().startState, StartState::Failed);
 }
@@ -95,8 +93,7 @@ TEST(Startup, MissingFileSystemIsReportedByNameAndPathsFailLater) {
 TEST(Startup, MissingRegistryIsReportedByNameAndLeavesDiagnosticsOff) {
     TestApartment fx;
     fx.writeMarker();
-    fx.ports.registry = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::registry, nullptr);
     expectFailedOnce(
         fx, "Unable to create WNCRegistry.\r\nError 429: ActiveX component can't create object");
     EXPECT_TRUE(apartment().gobjFileSystem);

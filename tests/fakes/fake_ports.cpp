@@ -39,40 +39,26 @@ uint32_t answerText(const std::string& text, std::string& buffer, uint32_t size)
     return needed - 1;
 }
 
-class FakeFolderItem : public platform::ShellFolderItem {
+// The application, the chosen folder and its item in one: each answer is a
+// new one of these on the same shell.
+class FakeShellObject : public platform::ShellApplication,
+                        public platform::ShellFolder,
+                        public platform::ShellFolderItem {
   public:
-    explicit FakeFolderItem(std::string path) : path_(std::move(path)) {}
-    std::string path() override { return path_; }
-
-  private:
-    std::string path_;
-};
-
-class FakeFolder : public platform::ShellFolder {
-  public:
-    FakeFolder(std::string path, bool selfIsNothing)
-        : path_(std::move(path)), selfIsNothing_(selfIsNothing) {}
-    std::unique_ptr<platform::ShellFolderItem> self() override {
-        if (selfIsNothing_) return nullptr;
-        return std::make_unique<FakeFolderItem>(path_);
-    }
-
-  private:
-    std::string path_;
-    bool selfIsNothing_;
-};
-
-class FakeShellApplication : public platform::ShellApplication {
-  public:
-    explicit FakeShellApplication(FakeShell& shell) : shell_(shell) {}
+    explicit FakeShellObject(FakeShell& shell) : shell_(shell) {}
     std::unique_ptr<platform::ShellFolder> browseForFolder(int32_t owner, std::string_view title,
                                                            int32_t options,
                                                            std::string_view root) override {
         shell_.calls.push_back(std::to_string(owner) + "|" + std::string(title) + "|" +
                                std::to_string(options) + "|" + std::string(root));
         if (!shell_.choice) return nullptr;
-        return std::make_unique<FakeFolder>(*shell_.choice, shell_.selfIsNothing);
+        return std::make_unique<FakeShellObject>(shell_);
     }
+    std::unique_ptr<platform::ShellFolderItem> self() override {
+        if (shell_.selfIsNothing) return nullptr;
+        return std::make_unique<FakeShellObject>(shell_);
+    }
+    std::string path() override { return *shell_.choice; }
 
   private:
     FakeShell& shell_;
@@ -149,7 +135,7 @@ bool FakePaths::setCurrentDirectory(std::string_view path) {
 std::unique_ptr<platform::ShellApplication> FakeShell::createApplication() {
     if (createFails) raise(kErrCantCreate);
     ++created;
-    return std::make_unique<FakeShellApplication>(*this);
+    return std::make_unique<FakeShellObject>(*this);
 }
 
 std::optional<std::string> FakeEnvironment::variable(std::string_view name) {

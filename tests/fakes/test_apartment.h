@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "fakes/fake_ports.h"
 #include "platform/common/registry_regfile.h"
@@ -31,6 +32,12 @@ class TestApartment {
     // Replaces this thread's globals by fresh ones on `ports` (after a test
     // has nulled a port, for instance): state back to not started.
     void install();
+    // Puts `port` (nullptr: none) in the slot of `ports` and installs them.
+    template <class Port>
+    void use(Port* platform::Ports::*slot, std::type_identity_t<Port>* port) {
+        ports.*slot = port;
+        install();
+    }
 
     // ProgramData\QUORL, created; and files in it.
     std::string dataFolder() const;

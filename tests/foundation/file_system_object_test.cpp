@@ -43,12 +43,5 @@ TEST(FileSystemObject, WorksOnRealFilesWithTheRunTimesErrors) {
     EXPECT_FALSE(fso.FolderExists(missing));
 }
 
-TEST(FileSystemObject, KeyPathsJoinWithOneBackslashOnEveryPlatform) {
-    fakes::TestApartment fx;
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
-    EXPECT_EQ(buildKeyPath("SOFTWARE\\QUORL\\", "Toolbar"), "SOFTWARE\\QUORL\\Toolbar");
-    EXPECT_EQ(buildKeyPath("", "Toolbar"), "Toolbar");
-}
-
 }  // namespace
 }  // namespace ostrel

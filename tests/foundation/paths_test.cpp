@@ -47,13 +47,11 @@ TEST_F(Paths, LongPathNamesTakeTwoCallsAtMostTheSecondOneLarger) {
 TEST_F(Paths, ALongNameCallThatFailsCountsAsNoAnswerTheRestIsLogged) {
     fx.paths.longNameRaises = true;
     EXPECT_EQ(gfstrGetLongPathFilename("C:\\PROGRA~1"), "C:\\PROGRA~1");
-    fx.ports.paths = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::paths, nullptr);
     EXPECT_EQ(gfstrGetLongPathFilename("C:\\PROGRA~1"), "C:\\PROGRA~1");
     EXPECT_TRUE(said().empty()) << "a system without the call";
 
-    fx.ports.paths = &fx.paths;
-    fx.install();
+    fx.use(&platform::Ports::paths, &fx.paths);
     fx.paths.longNameRaises = false;
     fx.paths.longNames["X"] = std::string(40000, 'x');  // cut at a NUL beyond 32767: overflow
     EXPECT_EQ(gfstrGetLongPathFilename("X"), "X");
@@ -95,8 +93,7 @@ TEST_F(Paths, SetCurrentFolderGivesTheOldFolderEvenWhenTheChangeFails) {
         << "kept: the buffer of NULs";
     EXPECT_EQ(fx.paths.currentDirectory, "D:\\Other") << "changed all the same";
 
-    fx.ports.paths = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::paths, nullptr);
     EXPECT_EQ(fakes::errorNumberOf([] { gfstrSetCurrentFolder("D:\\Other"); }), kErrCantCreate);
 }
 
@@ -110,16 +107,14 @@ TEST_F(Paths, DeleteFileSaysWhetherTheFileIsGoneNotWhoRemovedIt) {
     EXPECT_TRUE(apartment().gobjFileSystem) << "made on the way";
     EXPECT_TRUE(gfblnDeleteFile(fakes::utf8Of(file))) << "never there";
 
-    fx.ports.fileSystem = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::fileSystem, nullptr);
     EXPECT_FALSE(gfblnDeleteFile(fakes::utf8Of(file))) << "none can be made";
 }
 
 // The real calls.
 TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
     fakes::TestApartment fx;
-    fx.ports.paths = &platform::systemPaths();
-    fx.install();
+    fx.use(&platform::Ports::paths, &platform::systemPaths());
     // Not ASCII: the A calls count its bytes in the ANSI code page, not in UTF-8.
     const std::filesystem::path home = fx.programData / fakes::pathOf("Jürgen");
     std::filesystem::create_directories(home);
@@ -177,8 +172,7 @@ BOOL CALLBACK firstVisible(HWND window, LPARAM out) {
 // user would; without a display Wine's shell answers Nothing at once.
 TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
     fakes::TestApartment fx;
-    fx.ports.shell = &platform::systemShell();
-    fx.install();
+    fx.use(&platform::Ports::shell, &platform::systemShell());
     const DWORD caller = GetCurrentThreadId();
     std::atomic<bool> done{false};
     std::thread user([caller, &done] {

@@ -57,8 +57,7 @@ class WNCRegistryTest : public ::testing::Test {
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n"
             "\"PartNumber\"=\"PN-1\"\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
-        fx.ports.registry = &port;
-        fx.install();
+        fx.use(&platform::Ports::registry, &port);
     }
 
     fakes::TestApartment fx;
@@ -82,9 +81,6 @@ TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAnswersFalse) {
 
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "SOFTWARE\\Missing", kKeyRead, 0); }), 53);
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "Refused", kKeyRead, 0); }), 70);
-    fx.ports.registry = nullptr;
-    fx.install();
-    EXPECT_EQ(errorNumberOf([] { WNCRegistry none; }), 429);
 }
 
 TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {

@@ -125,8 +125,7 @@ class ScribblingSystemInfo : public fakes::FakeSystemInfo {
 
 TEST_F(PcInfoTest, NameCallsGetFreshNulBuffersAndTheSecondUserCallIsInverted) {
     ScribblingSystemInfo scribbling;
-    apt.ports.systemInfo = &scribbling;
-    apt.install();
+    apt.use(&platform::Ports::systemInfo, &scribbling);
     const auto info = makeRef<wncPCInfo>();
     // No second computer format, no bigger buffer; a failing format 2 keeps its name.
     EXPECT_THAT(scribbling.calls, ElementsAre("computer7:255", "user7:255", "user2:255"));

@@ -17,7 +17,7 @@
 #include <sys/sysinfo.h>
 #include <sys/utsname.h>
 
-#include <filesystem>
+#include "platform/posix/system_info_posix.h"
 #endif
 
 namespace ostrel {
@@ -89,12 +89,6 @@ TEST(LinuxWmi, TheFactsAHostSeesAndNullWhereTheFilesAreSilent) {
     const auto processors = objectsOf(*services, "Select * from Win32_Processor");
     EXPECT_EQ(textOf(*processors[0], "DeviceId"), "CPU0");
     EXPECT_TRUE(processors[0]->property("version").isNull());
-    // Without cpufreq (virtual machines) the clock comes from /proc/cpuinfo.
-    if (!std::filesystem::exists("/sys/devices/system/cpu/cpu0/cpufreq")) {
-        const Variant clock = processors[0]->property("MaxClockSpeed");
-        ASSERT_TRUE(clock.getIf<int32_t>());
-        EXPECT_GT(*clock.getIf<int32_t>(), 0);
-    }
     const auto os = objectsOf(*services, "Select * from Win32_OperatingSystem");
     utsname names{};
     ASSERT_EQ(uname(&names), 0);
@@ -113,6 +107,22 @@ TEST(LinuxWmi, TheFactsAHostSeesAndNullWhereTheFilesAreSilent) {
         ASSERT_EQ(accounts.size(), 1u);
         EXPECT_FALSE(textOf(*accounts[0], "name").empty());
     }
+}
+
+// One processor object per package, named and clocked by its first processor.
+TEST(LinuxWmi, ProcessorsArePackagesOfCpuinfo) {
+    const auto packages = platform::cpuPackages(
+        "processor\t: 0\nvendor_id\t: GenuineIntel\nmodel name\t: Fast CPU\nphysical id\t: 1\n"
+        "cpu MHz\t\t: 2893.6\ncpu cores\t: 4\n\nprocessor\t: 1\nmodel name\t: Other\n"
+        "physical id\t: 1\n\nprocessor\t: 2\nphysical id\t: 0\n");
+    ASSERT_EQ(packages.size(), 2u);
+    const platform::CpuPackage& first = packages.at(1);
+    EXPECT_EQ(first.firstProcessor, 0);
+    EXPECT_EQ(first.name, Variant("Fast CPU"));
+    EXPECT_EQ(first.mhz, Variant(int32_t{2894}));
+    EXPECT_EQ(first.cores, Variant(int32_t{4}));
+    EXPECT_EQ(packages.at(0).firstProcessor, 2);
+    EXPECT_TRUE(packages.at(0).name.isNull() && packages.at(0).mhz.isNull());
 }
 
 TEST(LinuxWmi, OnlyThisComputersDefaultNamespaceAndTheInventorysQueries) {

@@ -122,8 +122,7 @@ TEST_F(WmiInventory, WithoutANamespaceOrWmiTheMonikerEndsInTheBackslashAndNothin
     EXPECT_EQ(WmiInfo(), "");
     EXPECT_EQ(fx.wmi.monikers, Lines{"winmgmts:{impersonationLevel=impersonate}!\\\\.\\"});
     EXPECT_TRUE(said().empty());
-    fx.ports.wmi = nullptr;
-    fx.install();
+    fx.use(&platform::Ports::wmi, nullptr);
     EXPECT_EQ(WmiInfo(), "");
     EXPECT_TRUE(said().empty());
 }

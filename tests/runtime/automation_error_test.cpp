@@ -50,13 +50,5 @@ TEST(AutomationError, CurrentErrorTurnsAnyExceptionIntoAnError) {
     EXPECT_EQ(currentError().number, 0);
 }
 
-TEST(AutomationError, ResumeNextRunsEveryStep) {
-    int ran = 0;
-    resumeNext([&] { ++ran, raise(5); });
-    resumeNext([&] { ++ran, throw std::runtime_error("x"); });
-    resumeNext([&] { ++ran; });
-    EXPECT_EQ(ran, 3);
-}
-
 }  // namespace
 }  // namespace ostrel

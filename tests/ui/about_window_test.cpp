@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -109,12 +110,9 @@ TEST_F(AboutWindow, LoadSetsTextsPicturesVersionAndFontLast) {
     EXPECT_EQ(twipsToPixels(1507, 96), 100);
 }
 
-TEST_F(AboutWindow, CaptionIsTheNameAloneWithAnEmptyText312) {
+TEST_F(AboutWindow, CaptionIsTheNameAloneWithAnEmptyText312AndLoadHasNoTrap) {
     bindTexts({"312="});
     EXPECT_EQ(frmAboutLoad().caption, "Ostrel");
-}
-
-TEST_F(AboutWindow, LoadHasNoTrap) {
     bindTexts({"picture 286=missing.ico"});
     EXPECT_EQ(errorNumberOf([] { frmAboutLoad(); }), 53);
 }
@@ -192,54 +190,31 @@ TEST_F(AboutWindow, GetKeyValueFailurePaths) {
 }
 
 TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
-    struct Case {
-        const char* what;
-        std::vector<std::tuple<std::string, std::string, uint32_t, std::string>> values;
-        bool refuseToolKey;
-        bool startFails;
-        std::string started;  // empty: the message instead
-        bool secondKeyRead = true;
-    };
     const std::string folder = fx.dataFolder();
     fakes::writeBytes(pathOf(folder + "\\MSINFO32.EXE"), "");
+    const std::string tool = folder + "\\MSINFO32.EXE @1";
+    // The first key's PATH (nullopt: no key) of its type, the second key's
+    // folder; what is started ("": the message instead).
+    struct Case {
+        const char* what;
+        std::optional<std::string> path;
+        uint32_t type;
+        std::optional<std::string> location;
+        bool refused, startFails;
+        std::string started;
+    };
+    const std::optional<std::string> kNone;
     const std::vector<Case> cases = {
-        {"first key names a missing file: start fails, second key untried",
-         {{kToolKey, "PATH", 1, "C:\\missing.exe"}, {kFolderKey, "MSINFO", 1, folder}},
-         false,
-         true,
-         "",
-         false},
-        {"first key's path started unquoted, in a normal window with the focus",
-         {{kToolKey, "PATH", 1, "C:\\Program Files\\msinfo32.exe"}},
-         false,
-         false,
-         "C:\\Program Files\\msinfo32.exe @1"},
-        {"second key's folder with the tool in it",
-         {{kFolderKey, "MSINFO", 1, folder}},
-         false,
-         false,
-         folder + "\\MSINFO32.EXE @1"},
-        {"first key refused (write access asked), second used",
-         {{kToolKey, "PATH", 1, "C:\\x.exe"}, {kFolderKey, "MSINFO", 1, folder}},
-         true,
-         false,
-         folder + "\\MSINFO32.EXE @1"},
-        {"second key's folder without the tool",
-         {{kFolderKey, "MSINFO", 1, "C:\\nowhere"}},
-         false,
-         false,
-         ""},
-        {"both keys missing", {}, false, false, ""},
-        {"first value of another type: empty path fails to start",
-         {{kToolKey, "PATH", 3, "\x01"}},
-         false,
-         true,
-         ""},
-        {"first value of size 0: error in GetKeyValue",
-         {{kToolKey, "PATH", 1, ""}},
-         false,
-         false,
-         ""},
+        {"a missing file: start fails, second key untried", "C:\\missing.exe", 1, folder, false,
+         true, ""},
+        {"started unquoted, normal window, focus", "C:\\A B\\x.exe", 1, kNone, false, false,
+         "C:\\A B\\x.exe @1"},
+        {"second key's folder with the tool in it", kNone, 1, folder, false, false, tool},
+        {"first key refused (write access asked)", "C:\\x.exe", 1, folder, true, false, tool},
+        {"second key's folder without the tool", kNone, 1, "C:\\nowhere", false, false, ""},
+        {"both keys missing", kNone, 1, kNone, false, false, ""},
+        {"first value of another type: empty path fails", "\x01", 3, kNone, false, true, ""},
+        {"first value of size 0: error in GetKeyValue", "", 1, kNone, false, false, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -247,8 +222,9 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
         fx.processes.started.clear();
         fx.processes.startFails = c.startFails;
         fx.messageBox.shown.clear();
-        for (const auto& [key, name, type, bytes] : c.values) value(key, name, type, bytes);
-        if (c.refuseToolKey) fx.ansiRegistry.refused.insert("80000002\\" + kToolKey);
+        if (c.path) value(kToolKey, "PATH", c.type, *c.path);
+        if (c.location) value(kFolderKey, "MSINFO", 1, *c.location);
+        if (c.refused) fx.ansiRegistry.refused.insert("80000002\\" + kToolKey);
 
         StartSysInfo();
 
@@ -267,7 +243,7 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
         for (const std::string& call : fx.ansiRegistry.calls) {
             secondKeyRead = secondKeyRead || call.find(kFolderKey) != std::string::npos;
         }
-        EXPECT_TRUE(c.secondKeyRead || !secondKeyRead);
+        EXPECT_TRUE(!c.startFails || !c.path || !secondKeyRead);
     }
 }
 

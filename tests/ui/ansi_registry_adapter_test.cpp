@@ -20,8 +20,7 @@ constexpr const char* kTestKey = "Software\\QUORL-about-test";
 
 TEST(AnsiRegistryAdapter, GetKeyValueReadsTheSystemRegistry) {
     fakes::TestApartment fx;
-    fx.ports.ansiRegistry = &platform::systemAnsiRegistry();
-    fx.install();
+    fx.use(&platform::Ports::ansiRegistry, &platform::systemAnsiRegistry());
 
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kTestKey, 0, nullptr, REG_OPTION_VOLATILE,

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+
+#include "runtime/variant.h"
 
 namespace ostrel::platform {
 
@@ -19,6 +22,15 @@ uint32_t processorMask(std::string_view cpuList);
 // else the first "search" entry; the last such line wins) unless it has a
 // dot already.
 std::string qualifiedHostName(std::string_view hostName, std::string_view resolvConf);
+
+// The first processor of each physical package in a /proc/cpuinfo text, by
+// physical id: its "model name", "cpu cores" and "cpu MHz" (whole), null
+// where the text is silent.
+struct CpuPackage {
+    int firstProcessor = -1;
+    Variant name, cores, mhz;
+};
+std::map<int, CpuPackage> cpuPackages(std::string_view cpuinfo);
 
 // A whole text file; "" when it can't be read.
 std::string fileText(const char* path);

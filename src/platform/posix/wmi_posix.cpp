@@ -175,19 +175,17 @@ Variant processorId() {
     return kNull;
 }
 
-std::vector<WmiRecord> processors() {
-    struct Package {
-        int firstProcessor = -1;
-        Variant name = kNull, cores = kNull, mhz = kNull;
-    };
-    std::map<int, Package> packages;  // by physical id
-    std::istringstream cpuinfo(fileText("/proc/cpuinfo"));
+}  // namespace
+
+std::map<int, CpuPackage> cpuPackages(std::string_view cpuinfoText) {
+    std::map<int, CpuPackage> packages;  // by physical id
+    std::istringstream cpuinfo{std::string(cpuinfoText)};
     std::string line;
     int processor = -1, physical = 0;
     Variant name = kNull, cores = kNull, mhz = kNull;
     const auto flush = [&] {
         if (processor < 0) return;
-        Package& package = packages[physical];
+        CpuPackage& package = packages[physical];
         if (package.firstProcessor < 0) package = {processor, name, cores, mhz};
         processor = -1;
         physical = 0;
@@ -217,6 +215,13 @@ std::vector<WmiRecord> processors() {
         }
     }
     flush();
+    return packages;
+}
+
+namespace {
+
+std::vector<WmiRecord> processors() {
+    const std::map<int, CpuPackage> packages = cpuPackages(fileText("/proc/cpuinfo"));
     const int32_t width = is64Bit(machineName()) ? 64 : 32;
     const Variant id = processorId();
     std::vector<WmiRecord> records;
