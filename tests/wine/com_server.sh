@@ -47,11 +47,8 @@ owned_keys() {
 }
 
 check_registered() { # check_registered <dll path in Windows form> <win32|win64>
-  local dll="$1" platform="$2" i key got missing=0
-  while read -r key; do
-    run_reg query "$key" >/dev/null 2>&1 || { fail "registered: $key"; missing=1; }
-  done < <(owned_keys)
-  [ $missing = 0 ] && ok "registration wrote the CLSID, ProgID, TypeLib and all 14 Interface keys"
+  local dll="$1" platform="$2" i key got
+  owned_keys_are 0 "registration wrote the CLSID, ProgID, TypeLib and all 14 Interface keys"
   for i in 0 1 2 3; do
     key="HKCR\\CLSID\\${clsids[$i]}"
     got="$(value_of "$key\\InprocServer32" '')|$(value_of "$key\\InprocServer32" ThreadingModel)"
@@ -67,16 +64,15 @@ check_registered() { # check_registered <dll path in Windows form> <win32|win64>
     "$(value_of "HKCR\\Interface\\${iids[2]}\\ProxyStubClsid32" '')"
 }
 
-check_unregistered() { # check_unregistered [prefix of the message]
-  local key left=0
+owned_keys_are() { # owned_keys_are <0 (all there) or 1 (none there)> <what that shows>
+  local key there wrong=0
   while read -r key; do
-    if run_reg query "$key" >/dev/null 2>&1; then
-      fail "${1:-}left behind: $key"
-      left=1
-    fi
+    run_reg query "$key" >/dev/null 2>&1 && there=0 || there=1
+    [ $there = "$1" ] || { fail "$2: not so for $key"; wrong=1; }
   done < <(owned_keys)
-  if [ $left = 0 ]; then ok "${1:-}unregistration removed every key"; fi
+  [ $wrong = 1 ] || ok "$2"
 }
+check_unregistered() { owned_keys_are 1 "${1:-}unregistration removed every key"; } # [prefix of the message]
 
 # The Toolbar key of the catalogue test: Alpha and Zeta share a part number
 # (Alpha comes first and wins), Omega's part number is unknown, Temp is
