@@ -25,8 +25,7 @@ check "pcinfo --json" '[ "$rc" = 0 ] && [ "$shape" = "$expected} " ]'
 
 if ! $windows; then
     # USERNAME first; where it is unset, the login name.
-    out=$(USERNAME=pat.example "${tool[@]}" pcinfo)
-    check "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"'
+    USERNAME=pat.example try "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"' pcinfo
     out=$(env -u USERNAME "${tool[@]}" pcinfo)
     check "UserName without USERNAME is the login name" 'has "$out" "^UserName +: $(id -un)\$"'
 fi
