@@ -18,7 +18,7 @@ expect "catalogue --json" '"ProductName": "Alpha" "ProductName": "Gamma" "Produc
 
 # Written record by record, laid out as one JSON dump would be, escapes and
 # all: quotes, backslashes, control characters and letters beyond ASCII.
-escapes="$(mktemp)"
+escapes="$work/escapes.reg"
 printf 'Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Say "\xc3\xa4"\t!]\n"PartNumber"="a-1"\n"ApplicationPath"="\\\\x"\n"Label"=hex(1):41,00,01,00,1f,00,7f,00,00,00\n' >"$escapes"
 expect "a name that needs escapes" '"ProductName": "Say \"ä\"\t!", "ApplicationPath": "\\x\\", "Label": "A\u0001\u001f",' \
     "$("$ostrel" --registry "$escapes" catalogue --json | grep -E 'ProductName|ApplicationPath|Label' | sed 's/^ *//' | paste -sd ' ')"
@@ -26,9 +26,8 @@ for file in "$registry" "$escapes"; do
     expect "catalogue --json as one dump: $(basename "$file")" "" "$("$ostrel" --registry "$file" catalogue --json |
         python3 -c 'import json, sys; d = sys.stdin.read(); print("" if json.dumps(json.loads(d), indent=2, ensure_ascii=False) + "\n" == d else d)')"
 done
-rm -f "$escapes"
 
-stderr="$(mktemp)"
+stderr="$work/stderr"
 text="$(run --trace catalogue 2>"$stderr")"
 expect "catalogue: the registry on stderr, only the table on stdout" "Registry: the registry file(s) $registry|a-1 B-10 b-2" \
     "$(head -n 1 "$stderr")|$(tail -n +2 <<<"$text" | head -n 3 | awk '{print $1}' | xargs)"
@@ -51,7 +50,6 @@ expect "install-dir and catalogue without keys" "|[]" "$("$ostrel" --registry "$
 
 trace="$(OSTREL_PART_NUMBERS=/nonexistent/p.txt run --trace catalogue --json 2>&1 >/dev/null | tr -d '\r' | grep -v '^Registry: ')"
 expect "unreadable table" "[gfblnIsKnownPartNumber] No part number is known: the table \"/nonexistent/p.txt\" can't be read (53-File not found)" "$trace"
-rm -f "$stderr"
 
 unset OSTREL_PART_NUMBERS
 sample="$("$ostrel" catalogue 2>"$work/err")"

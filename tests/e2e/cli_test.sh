@@ -10,8 +10,7 @@ has() { grep -qE -- "$2" <<<"$1"; }
 keys="ComputerName UserName ClientSiteName DomainName DomainControllerAddress DomainControllerName ForestName PrimaryDomainController SiteName Groups IsNTPlatform IsNT4 IsX64Based IsXPOrHigher IsXPEmbedded"
 
 # pcinfo as text: every key once, in order, aligned on " : "; names, Nothing, True/False.
-run pcinfo
-check "pcinfo lists the keys in order" '[ "$rc" = 0 ] && [ "$(cut -d" " -f1 <<<"$out" | xargs)" = "$keys" ]'
+try "pcinfo lists the keys in order" '[ "$rc" = 0 ] && [ "$(cut -d" " -f1 <<<"$out" | xargs)" = "$keys" ]' pcinfo
 check "pcinfo aligns the colons" '[ "$(sed "s/ : .*//" <<<"$out" | awk "{print length}" | sort -u | wc -l)" = 1 ]'
 check "pcinfo values" '[ "$(grep -cE "^(Computer|User)Name +: [^ ]|^Groups +: Nothing$|^Is[A-Za-z0-9]+ +: (True|False)$" <<<"$out")" = 8 ]'
 
@@ -26,15 +25,13 @@ check "pcinfo --json" '[ "$rc" = 0 ] && [ "$shape" = "$expected} " ]'
 
 if ! $windows; then
     # USERNAME first; where it is unset, the login name.
-    out=$(USERNAME=pat.example "${tool[@]}" pcinfo)
-    check "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"'
+    USERNAME=pat.example try "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"' pcinfo
     out=$(env -u USERNAME "${tool[@]}" pcinfo)
     check "UserName without USERNAME is the login name" 'has "$out" "^UserName +: $(id -un)\$"'
 fi
 
-run --version
-check "--version: version, commit, build type, target" \
-    'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+ \(([0-9a-f]{7}|unknown), [^,]+, [^,)]+\)$"'
+try "--version: version, commit, build type, target" \
+    'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+ \(([0-9a-f]{7}|unknown), [^,]+, [^,)]+\)$"' --version
 
 # Usage errors: exit 2, message on stderr, nothing on stdout.
 for args in "" "pcinfo --no-such-option" "--registry" "pcinfo extra"; do
@@ -52,25 +49,19 @@ good="$work/good.reg"
 bad="$work/bad.reg"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Some"="thing"\r\n' >"$good"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Broken"=nonsense\r\n' >"$bad"
-run --registry "$good" --registry "$bad" pcinfo
-check "a bad registry file exits 1 naming file and line" '[ "$rc" = 1 ] && has "$err" "bad\.reg(:|.*line )4"'
+try "a bad registry file exits 1 naming file and line" '[ "$rc" = 1 ] && has "$err" "bad\.reg(:|.*line )4"' --registry "$good" --registry "$bad" pcinfo
 
 # Registry files are read as streams (missing, folders and deep keys: the
 # RegFile suite).
 if ! $windows; then
-    run --registry /proc/self/status pcinfo
-    check "a /proc file is read, not taken for empty" '[ "$rc" = 1 ] && has "$err" "status:1: not a registry file"'
-    "${tool[@]}" --registry <(cat "$good") --registry /dev/stdin pcinfo <"$good" >"$work/out" 2>"$work/err"
-    rc=$?
-    check "a process substitution and /dev/stdin are read" '[ "$rc" = 0 ]'
+    try "a /proc file is read, not taken for empty" '[ "$rc" = 1 ] && has "$err" "status:1: not a registry file"' --registry /proc/self/status pcinfo
+    try "a process substitution and /dev/stdin are read" '[ "$rc" = 0 ]' --registry <(cat "$good") --registry /dev/stdin pcinfo <"$good"
 fi
 
 if $windows; then sep=';'; else sep=':'; fi
 export OSTREL_REGISTRY="$good$sep$bad"
-run pcinfo
-check "OSTREL_REGISTRY is read, every file of the list" '[ "$rc" = 1 ] && has "$err" "bad\.reg"'
-run --registry "$good" pcinfo
-check "--registry takes the place of OSTREL_REGISTRY" '[ "$rc" = 0 ]'
+try "OSTREL_REGISTRY is read, every file of the list" '[ "$rc" = 1 ] && has "$err" "bad\.reg"' pcinfo
+try "--registry takes the place of OSTREL_REGISTRY" '[ "$rc" = 0 ]' --registry "$good" pcinfo
 unset OSTREL_REGISTRY
 
 if ! $windows; then
@@ -78,21 +69,17 @@ if ! $windows; then
     mkdir -p "$work/data/QUORL"
     touch "$work/data/QUORL/debug_ot"
     export ProgramData="$work/data"
-    run --trace pcinfo --json
-    check "--trace writes the banner and the tests to stderr" \
-        '[ "$rc" = 0 ] && has "$err" "^\*\*\* START version: " && has "$err" "^OS is XP or higher$"'
-    run pcinfo --json
-    check "without --trace stderr stays quiet" '[ "$rc" = 0 ] && [ -z "$err" ]'
+    try "--trace writes the banner and the tests to stderr" \
+        '[ "$rc" = 0 ] && has "$err" "^\*\*\* START version: " && has "$err" "^OS is XP or higher$"' --trace pcinfo --json
+    try "without --trace stderr stays quiet" '[ "$rc" = 0 ] && [ -z "$err" ]' pcinfo --json
     unset ProgramData
 fi
 
 # Processes: the tool finds itself; a started program is ready once its file is there.
 program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
 if $windows; then folder='C:\Some\Folder\'; else folder=/some/folder/; fi
-run process find "$folder$program"
-check "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]'
-run process find no-such-program
-check "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
+try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
+try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 if $windows; then
     ready="$(winepath -w "$work")\\ready.txt"
     command="cmd.exe /c echo up>\"$ready\""
@@ -103,9 +90,8 @@ fi
 # Ready with its id; where ids pass 32767 the component's 16-bit id takes
 # its failure path, and the tool says so.
 overflow="^started as ([0-9]+); an id above 32767 is reported as a failure by the component$"
-run process run --ready-file "$ready" "$command"
-check "process run: ready with the id, or started with an id the component can't hold" \
-    '{ [ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"; } || { [ "$rc" = 3 ] && [[ "$out" =~ $overflow ]] && [ "${BASH_REMATCH[1]}" -gt 32767 ]; }'
+try "process run: ready with the id, or started with an id the component can't hold" \
+    '{ [ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"; } || { [ "$rc" = 3 ] && [[ "$out" =~ $overflow ]] && [ "${BASH_REMATCH[1]}" -gt 32767 ]; }' process run --ready-file "$ready" "$command"
 if ! $windows && unshare --pid --fork --mount-proc true 2>/dev/null; then
     # ids from 39990 in a namespace of its own
     out=$(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh \
@@ -113,8 +99,7 @@ if ! $windows && unshare --pid --fork --mount-proc true 2>/dev/null; then
     rc=$?
     check "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]'
 fi
-run process run "no-such-program --flag"
-check "process run: a program that can't start, with the error, exit 4" '[ "$rc" = 4 ] && has "$out" "^could not start: 53, "'
+try "process run: a program that can't start, with the error, exit 4" '[ "$rc" = 4 ] && has "$out" "^could not start: 53, "' process run "no-such-program --flag"
 
 # The About window as the component builds it (shown only on Windows, so only --json here).
 run about --json
@@ -127,11 +112,9 @@ check "about --json: the tab order, the logo at its 150 x 56 pixels, the version
     'has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\]" &&
      has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}" &&
      has "$flat" "\"Text\":\"V[0-9]+\\.[0-9]+\\.[0-9]+\""'
-OSTREL_LANGUAGE=de run about --json
-check "about --json: German texts with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""'
+OSTREL_LANGUAGE=de try "about --json: German texts with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""' about --json
 if ! $windows; then
-    run about
-    check "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"'
+    try "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"' about
 fi
 
 # Help and the manual against the command model: every command and
@@ -141,8 +124,7 @@ commands_of() { sed -n '/^Subcommands:/,/^$/p' <<<"$1" | awk 'NR > 1 && NF { pri
 run manual
 manual=$out
 $windows || check "the manual renders without warnings" '[ -z "$(groff -ww -z -man <<<"$manual" 2>&1)" ]'
-run --help
-check "--help lists the exit codes and the environment" 'has "$out" "^  4  not done" && has "$out" "OSTREL_LANGUAGE"'
+try "--help lists the exit codes and the environment" 'has "$out" "^  4  not done" && has "$out" "OSTREL_LANGUAGE"' --help
 for command in $(commands_of "$out"); do
     run help "$command"
     for sub in "" $(commands_of "$out"); do
@@ -199,13 +181,11 @@ for row in "${rows[@]}"; do
 done
 # A non-ASCII argument comes back as it went in (on Windows: the wide command
 # line, UTF-8 out; Wine maps it under a UTF-8 locale).
-LANG=C.UTF-8 run --json path long "$nonascii"
-check "a non-ASCII argument read back" '[ "$(python3 -c "import json,sys; print(json.load(sys.stdin)[\"Path\"])" <<<"$out")" = "$nonascii" ]'
+LANG=C.UTF-8 try "a non-ASCII argument read back" '[ "$(python3 -c "import json,sys; print(json.load(sys.stdin)[\"Path\"])" <<<"$out")" = "$nonascii" ]' --json path long "$nonascii"
 
 if ! $windows; then
     # settings set: a value that went nowhere exits 4 with the component's reason.
-    ProgramData="$work/no-such-folder" run settings set Settings Colour red
-    check "settings set: not stored, exit 4 with the reason" '[ "$rc" = 4 ] && has "$err" "^ostrel: not stored: \[gsubSaveApplicationSetting\] Unable to save"'
+    ProgramData="$work/no-such-folder" try "settings set: not stored, exit 4 with the reason" '[ "$rc" = 4 ] && has "$err" "^ostrel: not stored: \[gsubSaveApplicationSetting\] Unable to save"' settings set Settings Colour red
 fi
 unset ProgramData
 

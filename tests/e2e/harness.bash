@@ -38,6 +38,14 @@ check() {
     failures=$((failures + 1))
 }
 
+# try DESCRIPTION CONDITION ARGS...: run ARGS, then check CONDITION.
+try() {
+    local what="$1" condition="$2"
+    shift 2
+    run "$@"
+    check "$what" "$condition"
+}
+
 # finish NAME: the summary; exits non-zero when a check failed.
 finish() {
     [ "$failures" = 0 ] || { echo "$1: $failures check(s) failed" >&2; exit 1; }

@@ -8,21 +8,16 @@ unset OSTREL_WMI
 
 # This machine, through the Linux provider: a stamp, CR LF everywhere (what
 # each line says of the machine: the LinuxWmi suite).
-run inventory
-check "inventory of this machine" '[ "$rc" = 0 ] && [[ "$out" =~ ^//[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\''\n'\'' ]]'
+try "inventory of this machine" '[ "$rc" = 0 ] && [[ "$out" =~ ^//[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\''\n'\'' ]]' inventory
 check "every line ends in CR LF" '[ "$(grep -c $'\''[^\r]$'\'' "$work/out")" = 0 ] && [ -s "$work/out" ]'
 cp "$work/out" "$work/native.txt"
 
 # What --json saves, --wmi (or OSTREL_WMI) replays: the same text but the stamp.
-run inventory --json
+try "inventory --json" '[ "$rc" = 0 ] && [[ "$out" == "{"*"\"Win32_OperatingSystem\": ["* ]]' inventory --json
 cp "$work/out" "$work/pc.json"
-check "inventory --json" '[ "$rc" = 0 ] && [[ "$out" == "{"*"\"Win32_OperatingSystem\": ["* ]]'
-run --wmi "$work/pc.json" inventory
-check "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2'
-OSTREL_WMI="$work/pc.json" run inventory --json
-check "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"'
-run --wmi <(cat "$work/pc.json") inventory
-check "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2'
+try "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi "$work/pc.json" inventory
+OSTREL_WMI="$work/pc.json" try "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"' inventory --json
+try "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi <(cat "$work/pc.json") inventory
 
 # A saved machine with the quirks: an absent class, an absent property, a
 # silent video card, accounts absent, empty and named.
@@ -65,33 +60,24 @@ GetWmiUserAccountInfo ERR(0) " ]'
 # As Windows PowerShell's > writes it: UTF-16 with a byte order mark.
 for order in LE:'\xff\xfe' BE:'\xfe\xff'; do
     { printf "${order#*:}"; iconv -f UTF-8 -t "UTF-16${order%%:*}" "$work/quirks.json"; } >"$work/wide.json"
-    run --wmi "$work/wide.json" --trace inventory
-    check "UTF-16${order%%:*} reads as UTF-8 does" '[ "$rc" = 0 ] && [ "$(tail -n +2 <<<"$out")" = "$expected" ]'
+    try "UTF-16${order%%:*} reads as UTF-8 does" '[ "$rc" = 0 ] && [ "$(tail -n +2 <<<"$out")" = "$expected" ]' --wmi "$work/wide.json" --trace inventory
 done
 printf '\xff\xfe{\0}' >"$work/odd.json"
-run --wmi "$work/odd.json" inventory
-check "UTF-16 cut in half a character" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/odd.json:1: the file ends in half a UTF-16 character (an odd number of bytes)" ]'
+try "UTF-16 cut in half a character" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/odd.json:1: the file ends in half a UTF-16 character (an odd number of bytes)" ]' --wmi "$work/odd.json" inventory
 
 # A file that isn't such an inventory: the file and the line, exit 1.
 mkdir "$work/folder"
-run --wmi "$work/folder" inventory
-check "a directory" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/folder: is a directory" ]'
-run --wmi "$work/missing.json" inventory
-check "a missing file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/missing.json: can'\''t open the file"* ]]'
+try "a directory" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/folder: is a directory" ]' --wmi "$work/folder" inventory
+try "a missing file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/missing.json: can'\''t open the file"* ]]' --wmi "$work/missing.json" inventory
 printf '{\n "Win32_BIOS": [\n  {"name": "x"\n' >"$work/cut.json"
-run --wmi "$work/cut.json" inventory
-check "a truncated file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/cut.json:4: "*"unexpected end of input"* ]]'
+try "a truncated file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/cut.json:4: "*"unexpected end of input"* ]]' --wmi "$work/cut.json" inventory
 printf '{"Win32_BIOS": [{"name": "\xe2\x82"}]}' >"$work/utf8.json"
-run --wmi "$work/utf8.json" inventory
-check "a truncated UTF-8 character" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/utf8.json:1: "*UTF-8* ]]'
+try "a truncated UTF-8 character" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/utf8.json:1: "*UTF-8* ]]' --wmi "$work/utf8.json" inventory
 { printf '{"Win32_BIOS": [{"name": '; head -c 100000 /dev/zero | tr '\0' '['; } >"$work/deep.json"
-run --wmi "$work/deep.json" inventory
-check "deep nesting" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/deep.json:1: the value of name must be a string, a number, true, false or null" ]'
+try "deep nesting" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/deep.json:1: the value of name must be a string, a number, true, false or null" ]' --wmi "$work/deep.json" inventory
 printf '{"Win32_BIOS": [{"name": "a"},\n {"NAME": 1, "Name": 2}]}' >"$work/twice.json"
-run --wmi "$work/twice.json" inventory
-check "a property twice" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/twice.json:2: the property Name is there twice" ]'
+try "a property twice" '[ "$rc" = 1 ] && [ "$err" = "ostrel: $work/twice.json:2: the property Name is there twice" ]' --wmi "$work/twice.json" inventory
 head -c 17000000 /dev/zero | tr '\0' ' ' >"$work/huge.json"
-run --wmi "$work/huge.json" inventory
-check "a huge file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/huge.json: larger than 16 MiB"* ]]'
+try "a huge file" '[ "$rc" = 1 ] && [[ "$err" == "ostrel: $work/huge.json: larger than 16 MiB"* ]]' --wmi "$work/huge.json" inventory
 
 finish inventory_test

@@ -23,42 +23,34 @@ LC_MESSAGES=de_CH LANG=en_US.UTF-8|de de-CH|Info über
 LC_ALL=C LANG=de_DE.UTF-8|en en-US|About 
 CASES
 
-run language text 338 --insert WNCRegistry --insert 429 --insert "Can't"
-check "text with inserts" '[ "$out" = "Unable to create WNCRegistry."$'"'\n'"'"Error 429: Can'"'"'t" ]'
-run language text 4711
-check "a number without text: error 5 naming it, exit 1" '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 5: There is no text number 4711" ]'
+try "text with inserts" '[ "$out" = "Unable to create WNCRegistry."$'"'\n'"'"Error 429: Can'"'"'t" ]' language text 338 --insert WNCRegistry --insert 429 --insert "Can't"
+try "a number without text: error 5 naming it, exit 1" '[ "$rc" = 1 ] && [ "$err" = "ostrel: error 5: There is no text number 4711" ]' language text 4711
 
 # --direct asks for the other form of the variant (the order: the
 # LocalisedFiles suite).
 mkdir "$work/files"
 touch "$work/files/Guide.chm" "$work/files/Guide_de.chm" "$work/files/Guidede.chm"
 export LANG=de_DE.UTF-8
-run language localised-file --direct "$work/files/Guide.chm"
-check "localised-file --direct" '[ "$out" = "$work/files/Guidede.chm" ]'
+try "localised-file --direct" '[ "$out" = "$work/files/Guidede.chm" ]' language localised-file --direct "$work/files/Guide.chm"
 
 # The tool alone, without its data files: the built-in English texts.
 mkdir "$work/alone"
 cp "$built" "$work/alone/"
 tool=("$work/alone/$(basename "$built")")
 export OSTREL_PART_NUMBERS="$fixtures/catalogue-part-numbers.txt"
-run --registry "$fixtures/catalogue.reg" catalogue
-check "alone: starts silently and reads the catalogue" \
-    '[ "$rc" = 0 ] && [ -z "$err" ] && [ "$(tail -n 1 <<<"$out")" = "3 products" ]'
-run language text 108
-check "alone: text 108 built in" '[ "$out" = "Ostrel" ]'
-OSTREL_PART_NUMBERS= run catalogue
-check "alone: the part-number table built in" '[ "$rc" = 0 ] && [ "$(tail -n 1 <<<"$out")" = "8 products" ]'
-run language suffixes
-check "alone: English suffixes" '[ "$(paste -sd " " <<<"$out")" = "en en-US" ]'
+try "alone: starts silently and reads the catalogue" \
+    '[ "$rc" = 0 ] && [ -z "$err" ] && [ "$(tail -n 1 <<<"$out")" = "3 products" ]' --registry "$fixtures/catalogue.reg" catalogue
+try "alone: text 108 built in" '[ "$out" = "Ostrel" ]' language text 108
+OSTREL_PART_NUMBERS= try "alone: the part-number table built in" '[ "$rc" = 0 ] && [ "$(tail -n 1 <<<"$out")" = "8 products" ]' catalogue
+try "alone: English suffixes" '[ "$(paste -sd " " <<<"$out")" = "en en-US" ]' language suffixes
 
 # Help: handed to xdg-open, or a clear error when there is none.
 touch "$work/alone/Guideen.chm"
 mkdir "$work/bin"
 printf '#!/bin/sh\necho "$1" >"%s/opened"\n' "$work" >"$work/bin/xdg-open"
 chmod +x "$work/bin/xdg-open"
-PATH="$work/bin:$PATH" run language help Guide.chm
-check "help: the variant handed to xdg-open" \
-    '[ "$rc" = 0 ] && [ "$(cat "$work/opened")" = "$work/alone/Guideen.chm" ]'
+PATH="$work/bin:$PATH" try "help: the variant handed to xdg-open" \
+    '[ "$rc" = 0 ] && [ "$(cat "$work/opened")" = "$work/alone/Guideen.chm" ]' language help Guide.chm
 PATH=/nonexistent "${tool[@]}" language help Guide.chm >/dev/null 2>"$work/err"
 rc=$? err=$(cat "$work/err")
 check "help without xdg-open: a clear error" \
@@ -67,8 +59,7 @@ check "help without xdg-open: a clear error" \
 # A text file that can't be read is reported on stderr, by name (the
 # reports themselves: the LanguageText and Startup suites).
 mkdir "$work/alone/Ostrel.de.txt"
-run language text 108
-check "a folder for a text file: named, and the English texts stand in" \
-    '[ "$err" = "Ostrel: The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]'
+try "a folder for a text file: named, and the English texts stand in" \
+    '[ "$err" = "Ostrel: The language file is a folder: $work/alone/Ostrel.de.txt" ] && [ "$out" = "Ostrel" ]' language text 108
 
 finish language_test

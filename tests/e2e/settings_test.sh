@@ -55,20 +55,14 @@ gone() {
 }
 
 # Reads and saves, and the file they leave.
-run settings get Settings Missing --default fallback
-check "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]'
-run settings set Settings Colour blue
-check "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]'
-run settings set --app Other Settings Size 10
-check "two keys, one section, no white space" '[ "$(file)" = "<Settings><Colour>blue</Colour><Size>10</Size></Settings>" ]'
-run settings get Settings Colour
-check "read back" '[ "$out" = blue ]'
+try "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]' settings get Settings Missing --default fallback
+try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set Settings Colour blue
+try "two keys, one section, no white space" '[ "$(file)" = "<Settings><Colour>blue</Colour><Size>10</Size></Settings>" ]' settings set --app Other Settings Size 10
+try "read back" '[ "$out" = blue ]' settings get Settings Colour
 
 put_older Settings Moved older
-run settings get Settings Moved
-check "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"'
-run --trace settings set Second Key value
-check "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]'
+try "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"' settings get Settings Moved
+try "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]' --trace settings set Second Key value
 
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
@@ -78,8 +72,7 @@ run --trace mutex --timeout 500 "$name"
 took=$(($(now_ms) - start))
 check "a lock held elsewhere is not obtained" '[ "$rc" = 3 ] && [ "$out" = 0 ] && [ "$(grep -c "Failed getting mutex($name)" <<<"$err")" = 1 ]'
 check "and the whole time-out is spent ($took ms)" '[ "$took" -ge 450 ]'
-run --trace mutex --timeout 0 "$name"
-check "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]'
+try "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]' --trace mutex --timeout 0 "$name"
 # A waiter keeps the lock in being (on Windows it goes with its last
 # handle) while its holder is killed: the waiter gets it, abandoned.
 ( "${tool[@]}" --trace mutex --timeout 30000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
@@ -91,13 +84,11 @@ rc=$(cat "$work/waiter.rc")
 out=$(tr -d '\r' <"$work/waiter")
 err=$(tr -d '\r' <"$work/waiter.err")
 check "a holder killed with -9 leaves the lock abandoned" '[ "$rc" = 0 ] && [ "$out" -gt 0 ] && has "$err" "Obtained abandoned mutex($name,$out)"'
-run --trace mutex "$name"
-check "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned'
+try "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned' --trace mutex "$name"
 
 # The settings lock held past 3000 ms during a first read: the default and the message.
 hold QUORL_OSTREL_SETTINGS 60000
-run --trace settings get Settings Colour --default d
-check "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "'
+try "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "' --trace settings get Settings Colour --default d
 gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 
 # Linux, as root: the lock lies where no other user reaches it. The attacker
@@ -112,12 +103,10 @@ if ! $windows && [ "$(id -u)" = 0 ]; then
   }
   lockname="ostrel-e2e-lock-$$"
   attacker sh -c "head -c 64 /dev/zero | tr '\\0' '\\1' >/dev/shm/ostrel-0-$lockname"
-  run --trace mutex --timeout 0 "$lockname"
-  check "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]'
+  try "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' --trace mutex --timeout 0 "$lockname"
   rm -f "/dev/shm/ostrel-0-$lockname"
   theirs=$(attacker mktemp -d)
-  XDG_RUNTIME_DIR=$theirs run --trace mutex --timeout 0 "$lockname"
-  check "nor is another user's runtime folder taken" '[ "$rc" = 0 ] && [ -z "$(ls -A "$theirs")" ]'
+  XDG_RUNTIME_DIR=$theirs try "nor is another user's runtime folder taken" '[ "$rc" = 0 ] && [ -z "$(ls -A "$theirs")" ]' --trace mutex --timeout 0 "$lockname"
   private=/tmp/ostrel-$(id -u daemon)
   for plant in "mkdir -m 777 $private" "ln -s $theirs $private"; do
     rm -rf "$private"

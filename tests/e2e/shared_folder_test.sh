@@ -32,45 +32,36 @@ intact() { [ "$(cat "$work/secret")" = "root only" ] && [ ! -e "$work/made" ] &&
 for plant in "ln -s $work/secret ot.log" "ln -s $work/made ot.log" "mkfifo ot.log"; do
   fresh 1777
   attacker sh -c "cd '$data' && touch debug_ot && $plant"
-  run pcinfo
-  check "ot.log planted (${plant//$work\//}): nothing written through it, no hang" '[ "$rc" = 0 ] && intact'
+  try "ot.log planted (${plant//$work\//}): nothing written through it, no hang" '[ "$rc" = 0 ] && intact' pcinfo
 done
 fresh 0777
 touch "$data/debug_ot" && ln "$work/secret" "$data/ot.log"
-run pcinfo
-check "ot.log a hard link of root's file: left alone" '[ "$rc" = 0 ] && intact'
+try "ot.log a hard link of root's file: left alone" '[ "$rc" = 0 ] && intact' pcinfo
 
 # The settings file: a link is neither read nor written through, a pipe neither hangs.
 fresh 1777
 printf '<Settings><Colour>secret</Colour></Settings>' >"$work/secret.xml" && chmod 0600 "$work/secret.xml"
 attacker ln -s "$work/secret.xml" "$settings"
-run settings get Settings Colour --default none
-check "ot_settings.xml a link: not read through" '[ "$rc" = 0 ] && [ "$out" = none ]'
-run --trace settings set Settings Colour blue
-check "ot_settings.xml a link: the save refused, the link and its target kept" \
-  'has "$err" "$denied" && [ -L "$settings" ] && [ "$(cat "$work/secret.xml")" = "<Settings><Colour>secret</Colour></Settings>" ] && intact'
+try "ot_settings.xml a link: not read through" '[ "$rc" = 0 ] && [ "$out" = none ]' settings get Settings Colour --default none
+try "ot_settings.xml a link: the save refused, the link and its target kept" \
+  'has "$err" "$denied" && [ -L "$settings" ] && [ "$(cat "$work/secret.xml")" = "<Settings><Colour>secret</Colour></Settings>" ] && intact' --trace settings set Settings Colour blue
 fresh 1777
 attacker mkfifo "$settings"
-run settings get Settings Colour --default none
-check "ot_settings.xml a pipe: the default at once" '[ "$rc" = 0 ] && [ "$out" = none ]'
-run --trace settings set Settings Colour blue
-check "ot_settings.xml a pipe: the save refused" 'has "$err" "$denied" && [ -p "$settings" ] && intact'
+try "ot_settings.xml a pipe: the default at once" '[ "$rc" = 0 ] && [ "$out" = none ]' settings get Settings Colour --default none
+try "ot_settings.xml a pipe: the save refused" 'has "$err" "$denied" && [ -p "$settings" ] && intact' --trace settings set Settings Colour blue
 
 # A DTD makes the file damaged: the default, and nothing of the DTD is used.
 fresh 1777
 printf '<!DOCTYPE Settings><Settings><Colour>blue</Colour></Settings>' >"$settings"
-run settings get Settings Colour --default none
-check "a settings file with a DTD reads as damaged" '[ "$rc" = 0 ] && [ "$out" = none ]'
+try "a settings file with a DTD reads as damaged" '[ "$rc" = 0 ] && [ "$out" = none ]' settings get Settings Colour --default none
 
 # A file the saver could not write stays as it is, also for root; one it could keeps its mode.
 fresh 1777
 printf '<Settings><Colour>kept</Colour></Settings>' >"$settings" && chmod 0444 "$settings"
-run --trace settings set Settings Colour red
-check "a read-only settings file is not replaced, not even by root" \
-  'has "$err" "$denied" && [ "$(cat "$settings")" = "<Settings><Colour>kept</Colour></Settings>" ] && [ "$(stat -c %a "$settings")" = 444 ] && intact'
+try "a read-only settings file is not replaced, not even by root" \
+  'has "$err" "$denied" && [ "$(cat "$settings")" = "<Settings><Colour>kept</Colour></Settings>" ] && [ "$(stat -c %a "$settings")" = 444 ] && intact' --trace settings set Settings Colour red
 chmod 0640 "$settings"
-run settings set Settings Colour red
-check "a replaced file keeps its mode" '[ "$(cat "$settings")" = "<Settings><Colour>red</Colour></Settings>" ] && [ "$(stat -c %a "$settings")" = 640 ]'
+try "a replaced file keeps its mode" '[ "$(cat "$settings")" = "<Settings><Colour>red</Colour></Settings>" ] && [ "$(stat -c %a "$settings")" = 640 ]' settings set Settings Colour red
 fresh 0777
 printf '<Settings><Colour>root</Colour></Settings>' >"$settings" && chmod 0644 "$settings"
 attacker env XDG_CONFIG_HOME="$data/nobody" "${tool[@]}" --trace settings set Settings Colour mine >"$work/out" 2>"$work/err"
@@ -82,13 +73,11 @@ check "another user's file in a folder without the sticky bit is not replaced" \
 fresh 1777
 mkfifo "$work/pipe"
 for table in /dev/zero "$work/pipe"; do
-  OSTREL_PART_NUMBERS=$table run --trace catalogue
-  check "part-number table $table: refused by name" '[ "$rc" = 0 ] && has "$err" "the table \"$table\" can'"'"'t be read (75-Path/File access error: \"$table\" is not a regular file)"'
+  OSTREL_PART_NUMBERS=$table try "part-number table $table: refused by name" '[ "$rc" = 0 ] && has "$err" "the table \"$table\" can'"'"'t be read (75-Path/File access error: \"$table\" is not a regular file)"' --trace catalogue
 done
 mkdir -p "$XDG_CONFIG_HOME/QUORL" && ln -s /dev/zero "$XDG_CONFIG_HOME/QUORL/program-settings.ini"
-run --trace settings get Settings Colour --default none
-check "an older store linked to /dev/zero: the default, the file named" \
-  '[ "$out" = none ] && has "$err" "\"$XDG_CONFIG_HOME/QUORL/program-settings.ini\" is a symbolic link"'
+try "an older store linked to /dev/zero: the default, the file named" \
+  '[ "$out" = none ] && has "$err" "\"$XDG_CONFIG_HOME/QUORL/program-settings.ini\" is a symbolic link"' --trace settings get Settings Colour --default none
 # About 1 GB of address space bounds the reader, where no sanitizer needs its
 # shadow memory.
 limit=1000000
@@ -96,7 +85,6 @@ limit=1000000
 (ulimit -v "$limit"; run --registry /dev/zero catalogue; echo "$rc" >"$work/rc"; echo "$err" >"$work/err")
 rc=$(cat "$work/rc") err=$(cat "$work/err")
 check "--registry /dev/zero: a line too long, by name" '[ "$rc" != 0 ] && [ "$rc" != 124 ] && [ "$err" = "ostrel: /dev/zero:1: a line is longer than 8 MiB" ]'
-run --registry /dev/stdin install-dir <"$fixtures/catalogue.reg"
-check "--registry /dev/stdin still reads the pipe" '[ "$rc" = 0 ]'
+try "--registry /dev/stdin still reads the pipe" '[ "$rc" = 0 ]' --registry /dev/stdin install-dir <"$fixtures/catalogue.reg"
 
 finish shared_folder_test

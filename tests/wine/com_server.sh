@@ -10,12 +10,6 @@ here="$(cd "$(dirname "$0")" && pwd)"
 . "$here/loaders.bash"
 wine_test_setup
 
-expect() { # expect <description> <command...>
-  local what="$1"
-  shift
-  if "$@" >/dev/null 2>&1; then ok "$what"; else fail "$what"; fi
-}
-
 libid='{3E2EAAB4-65B9-49E3-917A-E1D592331BAB}'
 classes=(wncSoftwareProducts wncSoftwareProduct wncPCInfo wncServices)
 clsids=('{9EF49E03-09E0-47D1-B36C-D209FBBBCC02}' '{DD4285A3-ED52-4D2D-8550-403EBF737B9F}'
@@ -30,6 +24,7 @@ iids=('{F730CAFB-2787-4495-BB6B-48EEB37E5578}' '{5ADF2596-D03A-4EF5-9D57-8464F51
 
 # reg, regsvr32 and cscript of the bitness under test; the class keys of a
 # 32-bit server live in the 32-bit view.
+fails() { ! "$@"; }
 view=64
 run_reg() { wine_builtin "$view" reg "$@" "/reg:$view"; }
 run_regsvr32() { wine_builtin "$view" regsvr32 "$@"; }
@@ -52,41 +47,32 @@ owned_keys() {
 }
 
 check_registered() { # check_registered <dll path in Windows form> <win32|win64>
-  local dll="$1" platform="$2" i key missing=0
-  while read -r key; do
-    run_reg query "$key" >/dev/null 2>&1 || { fail "registered: $key"; missing=1; }
-  done < <(owned_keys)
-  [ $missing = 0 ] && ok "registration wrote the CLSID, ProgID, TypeLib and all 14 Interface keys"
+  local dll="$1" platform="$2" i key got
+  owned_keys_are 0 "registration wrote the CLSID, ProgID, TypeLib and all 14 Interface keys"
   for i in 0 1 2 3; do
     key="HKCR\\CLSID\\${clsids[$i]}"
-    [ "$(value_of "$key\\InprocServer32" '')" = "$dll" ] &&
-      [ "$(value_of "$key\\InprocServer32" ThreadingModel)" = Apartment ] &&
-      [ "$(value_of "$key\\ProgID" '')" = "Ostrel.${classes[$i]}" ] &&
-      [ "$(value_of "HKCR\\Ostrel.${classes[$i]}\\Clsid" '')" = "${clsids[$i]}" ] &&
-      ok "${classes[$i]}: in-process server, ThreadingModel=Apartment, ProgID" ||
-      fail "${classes[$i]}: class keys"
+    got="$(value_of "$key\\InprocServer32" '')|$(value_of "$key\\InprocServer32" ThreadingModel)"
+    got+="|$(value_of "$key\\ProgID" '')|$(value_of "HKCR\\Ostrel.${classes[$i]}\\Clsid" '')"
+    same "${classes[$i]}: in-process server, ThreadingModel=Apartment, ProgID" \
+      "$dll|Apartment|Ostrel.${classes[$i]}|${clsids[$i]}" "$got"
   done
-  [ "$(value_of "HKCR\\TypeLib\\$libid\\e.f\\409\\$platform" '')" = "$dll" ] &&
-    ok "type library 14.15 (e.f), locale 409, $platform" || fail "type library key"
-  [ "$(value_of "HKCR\\Interface\\${iids[4]}\\Forward" '')" = "${iids[1]}" ] &&
-    [ "$(value_of "HKCR\\Interface\\${iids[3]}\\TypeLib" '')" = "$libid" ] &&
-    ok "older identifiers point to the type library and the newest identifier" ||
-    fail "older identifiers' keys"
-  # Another apartment reaches an object through the type library's proxy.
-  [ "$(value_of "HKCR\\Interface\\${iids[2]}\\ProxyStubClsid32" '')" = '{00020424-0000-0000-C000-000000000046}' ] &&
-    ok "the interfaces marshal through the type library" || fail "no ProxyStubClsid32 of the automation marshaller"
+  same "type library 14.15 (e.f), locale 409, $platform" "$dll" "$(value_of "HKCR\\TypeLib\\$libid\\e.f\\409\\$platform" '')"
+  same "older identifiers point to the type library and the newest identifier" "${iids[1]}|$libid" \
+    "$(value_of "HKCR\\Interface\\${iids[4]}\\Forward" '')|$(value_of "HKCR\\Interface\\${iids[3]}\\TypeLib" '')"
+  # Another apartment reaches an object through the type library's proxy (the automation marshaller's).
+  same "the interfaces marshal through the type library" '{00020424-0000-0000-C000-000000000046}' \
+    "$(value_of "HKCR\\Interface\\${iids[2]}\\ProxyStubClsid32" '')"
 }
 
-check_unregistered() { # check_unregistered [prefix of the message]
-  local key left=0
+owned_keys_are() { # owned_keys_are <0 (all there) or 1 (none there)> <what that shows>
+  local key there wrong=0
   while read -r key; do
-    if run_reg query "$key" >/dev/null 2>&1; then
-      fail "${1:-}left behind: $key"
-      left=1
-    fi
+    run_reg query "$key" >/dev/null 2>&1 && there=0 || there=1
+    [ $there = "$1" ] || { fail "$2: not so for $key"; wrong=1; }
   done < <(owned_keys)
-  if [ $left = 0 ]; then ok "${1:-}unregistration removed every key"; fi
+  [ $wrong = 1 ] || ok "$2"
 }
+check_unregistered() { owned_keys_are 1 "${1:-}unregistration removed every key"; } # [prefix of the message]
 
 # The Toolbar key of the catalogue test: Alpha and Zeta share a part number
 # (Alpha comes first and wins), Omega's part number is unknown, Temp is
@@ -113,8 +99,7 @@ fill_toolbar() {
     reg32 add "$toolbar\\Temp" /v PartNumber /d QRL-5001 /f
     reg32 add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
   } >/dev/null 2>&1
-  wine_builtin 64 reg query 'HKLM\SOFTWARE\QUORL' /reg:64 >/dev/null 2>&1 &&
-    fail "the test keys reached the 64-bit view" || ok "the test keys are in the 32-bit view only"
+  passes "the test keys are in the 32-bit view only" fails wine_builtin 64 reg query 'HKLM\SOFTWARE\QUORL' /reg:64
 }
 empty_toolbar() {
   {
@@ -133,8 +118,7 @@ check_tool_catalogue() { # check_tool_catalogue <bin folder>
   local names
   names="$("$(wine_of "$view")" "$1/ostrel.exe" catalogue --json 2>/dev/null | tr -d '\r' |
     sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
-  [ "$names" = "Alpha Beta" ] && ok "ostrel.exe catalogue reads the 32-bit view" ||
-    fail "ostrel.exe catalogue: '$names', not 'Alpha Beta'"
+  same "ostrel.exe catalogue reads the 32-bit view" "Alpha Beta" "$names"
 }
 
 run_vbscript() { # run_vbscript <file> [args]: in the script host of the bitness under test
@@ -148,11 +132,10 @@ test_server() { # test_server <bin folder> <win32|win64>
   local arch=AMD64
   [ "$view" = 32 ] && arch=x86
   # Proof of what runs: a 64-bit test that quietly ran 32-bit proves nothing.
-  [ "$(builtin_arch "$view")" = "$arch" ] && ok "the $view-bit built-ins run as $arch" ||
-    fail "the $view-bit built-ins run as $(builtin_arch "$view"), not $arch"
+  same "the $view-bit built-ins run as $arch" "$arch" "$(builtin_arch "$view")"
 
-  expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
-  expect "a second registration over the first" run_regsvr32 /s "$dll"
+  passes "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
+  passes "a second registration over the first" run_regsvr32 /s "$dll"
   check_registered "$dll" "$platform"
 
   fill_toolbar
@@ -166,7 +149,7 @@ test_server() { # test_server <bin folder> <win32|win64>
   # A crash ends the host, a hang the time limit; the seed is printed for a re-run.
   if timeout 600 "$(wine_of "$view")" "$bin/ostrel_hostile_host.exe"; then ok "hostile host"; else fail "hostile host (see above)"; fi
 
-  expect "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
+  passes "regsvr32 /u Ostrel.dll" run_regsvr32 /u /s "$dll"
   check_unregistered
   empty_toolbar
 }
@@ -175,11 +158,9 @@ check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the 
   local dll="$1" format="$2" dump exports
   [ -e "$dll" ] || { fail "$dll is missing"; return; }
   dump="$(x86_64-w64-mingw32-objdump -p "$dll")"
-  grep -q "file format $format" <<<"$dump" && ok "$(basename "$(dirname "$(dirname "$dll")")"): $format" ||
-    fail "$dll is not $format"
+  passes "$(basename "$(dirname "$(dirname "$dll")")"): $format" grep -q "file format $format" <<<"$dump"
   exports="$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$dump" | awk '/\]/ && !/Table/ { print $NF }' | sort | tr '\n' ' ')"
-  [ "$exports" = "DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer " ] &&
-    ok "exactly the four exports" || fail "exports: $exports"
+  same "exactly the four exports" "DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer " "$exports"
   local resources
   resources="$(x86_64-w64-mingw32-windres --input-format=coff -i "$dll" -O rc 2>/dev/null)"
   grep -q 'VALUE "OLESelfRegister", ""' <<<"$resources" && grep -q 'FILEVERSION 14, 15,' <<<"$resources" &&
@@ -193,20 +174,18 @@ test_failures() { # test_failures <bin folder> <win32|win64>
   local bin="$1" dll older="HKCR\\Interface\\${iids[4]}"
   dll="$(winepath -w "$bin/Ostrel.dll")"
   "$(wine_of "$view")" "$bin/ostrel_volatile_key.exe" "${older#HKCR\\}" || fail "volatile_key"
-  run_regsvr32 /s "$dll" && fail "registration past a key it can't create reports success" ||
-    ok "registration past a key it can't create reports failure"
+  passes "registration past a key it can't create reports failure" fails run_regsvr32 /s "$dll"
   run_reg delete "$older" /f >/dev/null 2>&1 || true
   check_unregistered "after the failed registration: "
 
-  expect "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
+  passes "regsvr32 Ostrel.dll" run_regsvr32 /s "$dll"
   run_reg add "HKCR\\TypeLib\\$libid\\e.f\\409\\$2" /ve /d 'C:\no\such\Ostrel.dll' /f >/dev/null 2>&1
-  run_regsvr32 /u /s "$dll" && fail "unregistration that can't unregister the type library reports success" ||
-    ok "unregistration that can't unregister the type library reports failure"
+  passes "unregistration that can't unregister the type library reports failure" fails run_regsvr32 /u /s "$dll"
   check_unregistered "after the failed unregistration: "
-  expect "a second regsvr32 /u succeeds" run_regsvr32 /u /s "$dll"
+  passes "a second regsvr32 /u succeeds" run_regsvr32 /u /s "$dll"
   # What the type library's registration wrote in the other view goes only
   # with a clean unregistration.
-  expect "registered again and unregistered" eval 'run_regsvr32 /s "$dll" && run_regsvr32 /u /s "$dll"'
+  passes "registered again and unregistered" eval 'run_regsvr32 /s "$dll" && run_regsvr32 /u /s "$dll"'
 }
 
 # Both builds registered side by side in one prefix: each works from the
@@ -220,17 +199,16 @@ side_by_side() {
     second=$((96 - first))
     echo "--- side by side, win$first unregistered first"
     for view in 64 32; do
-      expect "regsvr32 Ostrel.dll ($view-bit)" run_regsvr32 /s "${dll[$view]}"
+      passes "regsvr32 Ostrel.dll ($view-bit)" run_regsvr32 /s "${dll[$view]}"
       run_vbscript "$here/vbs/products.vbs" catalogue
     done
     view=$first
-    expect "regsvr32 /u Ostrel.dll ($first-bit)" run_regsvr32 /u /s "${dll[$first]}"
-    run_reg query "HKCR\\CLSID\\${clsids[0]}" >/dev/null 2>&1 &&
-      fail "the $first-bit class keys are still there" || ok "the $first-bit class keys are gone"
+    passes "regsvr32 /u Ostrel.dll ($first-bit)" run_regsvr32 /u /s "${dll[$first]}"
+    passes "the $first-bit class keys are gone" fails run_reg query "HKCR\\CLSID\\${clsids[0]}"
     view=$second
     check_registered "${dll[$second]}" "win$second"
     run_vbscript "$here/vbs/products.vbs" catalogue
-    expect "regsvr32 /u Ostrel.dll ($second-bit)" run_regsvr32 /u /s "${dll[$second]}"
+    passes "regsvr32 /u Ostrel.dll ($second-bit)" run_regsvr32 /u /s "${dll[$second]}"
     for view in 64 32; do check_unregistered "$view-bit view: "; done
   done
   empty_toolbar

@@ -16,16 +16,14 @@ for bits in 64 32; do
   tool=("$(wine_of "$bits")" "$root/build/win$bits/bin/ostrel.exe")
   [ -x "${tool[1]}" ] || { fail "win$bits: no ostrel.exe"; continue; }
   "${tool[@]}" inventory >"$work/text" 2>/dev/null || fail "win$bits inventory: exit $?"
-  [ "$(grep -c $'[^\r]$' "$work/text")" = 0 ] && ok "win$bits inventory: CR LF line ends" ||
-    fail "win$bits inventory: a line without CR"
+  same "win$bits inventory: CR LF line ends (lines without CR)" 0 "$(grep -c $'[^\r]$' "$work/text")"
   "${tool[@]}" inventory --json >"$work/pc.json" 2>/dev/null || fail "win$bits inventory --json: exit $?"
   "${tool[@]}" --wmi "$(winepath -w "$work/pc.json")" inventory >"$work/replay" 2>/dev/null
   cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/replay") &&
     ok "win$bits --wmi replays --json" || fail "win$bits --wmi replay differs: $(diff <(cat -A "$work/text") <(cat -A "$work/replay"))"
   if [ -x "$root/build/linux/bin/ostrel" ]; then
     "$root/build/linux/bin/ostrel" --wmi "$work/pc.json" inventory >"$work/linux"
-    cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/linux") &&
-      ok "win$bits --json replayed by the Linux tool" || fail "win$bits --json replayed on Linux differs"
+    passes "win$bits --json replayed by the Linux tool" cmp -s <(tail -n +2 "$work/text") <(tail -n +2 "$work/linux")
   fi
 done
 [ "$failures" = 0 ]

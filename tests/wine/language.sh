@@ -13,11 +13,6 @@ unset OSTREL_LANGUAGE LC_ALL LC_MESSAGES LANG LANGUAGE
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-expect() { # NAME EXPECTED ACTUAL
-    if [ "$2" == "$3" ]; then echo "ok: $1"; return; fi
-    echo "FAIL: $1: expected '$2', got '$3'" >&2
-    failures=$((failures + 1))
-}
 lines() { tr -d '\r' | paste -sd ' '; }
 
 for bits in 64 32; do
@@ -25,16 +20,16 @@ for bits in 64 32; do
   if [ ! -f "$exe" ]; then echo "--- win$bits: not built, skipped"; continue; fi
   echo "--- win$bits"
   loader=$(wine_of "$bits")
-  expect "win$bits: the UI language from LC_ALL=de_DE.UTF-8" "de de-DE|Info über " \
+  same "win$bits: the UI language from LC_ALL=de_DE.UTF-8" "de de-DE|Info über " \
       "$(LC_ALL=de_DE.UTF-8 "$loader" "$exe" language suffixes | lines)|$(LC_ALL=de_DE.UTF-8 "$loader" "$exe" language text 312 | lines)"
-  expect "win$bits: OSTREL_LANGUAGE over the UI language" "en en-GB" \
+  same "win$bits: OSTREL_LANGUAGE over the UI language" "en en-GB" \
       "$(LC_ALL=de_DE.UTF-8 OSTREL_LANGUAGE=en-gb "$loader" "$exe" language suffixes | lines)"
 
   # Copied alone: the built-in texts.
   mkdir -p "$work/win$bits"
   cp "$exe" "$work/win$bits/"
   alone="$work/win$bits/ostrel.exe"
-  expect "win$bits alone: text 108" "Ostrel" "$("$loader" "$alone" language text 108 2>&1 | lines)"
+  same "win$bits alone: text 108" "Ostrel" "$("$loader" "$alone" language text 108 2>&1 | lines)"
 
   # A planted hhctrl.ocx beside the program is never loaded: only the system's.
   # Wine takes its own hhctrl.ocx before any file unless told to prefer native
@@ -45,7 +40,7 @@ for bits in 64 32; do
   if "$gcc" -shared -o "$work/win$bits/hhctrl.ocx" "$work/planted.c" 2>/dev/null; then
     touch "$work/win$bits/Guideen.chm"
     WINEDLLOVERRIDES="$WINEDLLOVERRIDES;hhctrl.ocx=n,b" timeout 60 "$loader" "$alone" language help Guide.chm >/dev/null 2>&1
-    expect "win$bits: a planted hhctrl.ocx beside the program is not loaded" "no" \
+    same "win$bits: a planted hhctrl.ocx beside the program is not loaded" "no" \
         "$([ -e "$work/win$bits/planted" ] && echo yes || echo no)"
   fi
 done

@@ -63,6 +63,18 @@ fail() {
   failures=$((failures + 1))
 }
 
+# same WHAT EXPECTED ACTUAL: a check that the two texts are equal.
+same() {
+  if [ "$2" == "$3" ]; then ok "$1"; else fail "$1: expected '$2', got '$3'"; fi
+}
+
+# passes WHAT COMMAND...: a check that the command succeeds (its output dropped).
+passes() {
+  local what="$1"
+  shift
+  if "$@" >/dev/null 2>&1; then ok "$what"; else fail "$what"; fi
+}
+
 # run_vbs <32|64> <file> [args]: the VBScript, after vbs/check.vbs (Option
 # Explicit and the Check helper), in the script host of that bitness; its
 # exit code is the number of failed checks.
