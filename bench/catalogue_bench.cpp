@@ -15,13 +15,13 @@
 #include <vector>
 
 #include "bare_walk.h"
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
 #include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
-#include "catalogue/catalogue_factory.h"
 #include "foundation/wnc_registry.h"
 #include "platform/registry_port.h"
 

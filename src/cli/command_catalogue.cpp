@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_product.h"
 #include "catalogue/software_products.h"
 #include "commands.h"
-#include "catalogue/catalogue_factory.h"
 #include "product_record.h"
 #include "registry_source.h"
 

@@ -2,10 +2,10 @@
 #include <iostream>
 #include <string>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_product.h"
 #include "commands.h"
 #include "foundation/file_system_object.h"
-#include "catalogue/catalogue_factory.h"
 #include "foundation/wnc_registry.h"
 #include "product_record.h"
 #include "registry_source.h"

@@ -1,10 +1,10 @@
 #include "com/public_classes.h"
 
+#include "catalogue/catalogue_factory.h"
 #include "com/pc_info_object.h"
 #include "com/services_object.h"
 #include "com/software_product_object.h"
 #include "com/software_products_object.h"
-#include "catalogue/catalogue_factory.h"
 #include "machine/pc_info.h"
 
 namespace ostrel::com {

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/catalogue_factory.h"
 #include "catalogue/software_product.h"
 #include "component/startup.h"
 #include "fakes/test_apartment.h"
 #include "foundation/globals.h"
-#include "catalogue/catalogue_factory.h"
 
 namespace ostrel::testing {
 
