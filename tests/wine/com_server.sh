@@ -68,6 +68,12 @@ owned_keys_are() { # owned_keys_are <0 (all there) or 1 (none there)> <what that
   local key there wrong=0
   while read -r key; do
     run_reg query "$key" >/dev/null 2>&1 && there=0 || there=1
+    # A reg process that failed to run at all once made a present key look
+    # missing: a missing key is asked for a second time, and said so.
+    if [ $there = 1 ] && [ "$1" = 0 ] && run_reg query "$key" >/dev/null 2>&1; then
+      echo "note: reg query $key failed once, then found it"
+      there=0
+    fi
     [ $there = "$1" ] || { fail "$2: not so for $key"; wrong=1; }
   done < <(owned_keys)
   [ $wrong = 1 ] || ok "$2"
