@@ -5,7 +5,6 @@
 #include "com/module.h"
 #include "com/public_classes.h"
 #include "component/startup.h"
-#include "foundation/globals.h"
 
 namespace ostrel::com {
 
