@@ -8,6 +8,12 @@
 #include "foundation/globals.h"
 #include "foundation/wnc_registry.h"
 #include "machine/network.h"
+#include "runtime/convert.h"
+
+#ifndef _WIN32
+#include "platform/common/registry_tree.h"
+#include "platform/posix/network_keys_posix.h"
+#endif
 
 namespace ostrel {
 namespace {
@@ -19,6 +25,15 @@ const std::string kCards =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
 const std::string kTcpip =
     "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
+
+// The entries in order, a text quoted so that it shows apart from a number.
+Lines entriesOf(const Dictionary& data) {
+    Lines entries;
+    for (const auto& [key, item] : data) {
+        entries.push_back(key + "=" + (item.isString() ? "'" + toText(item) + "'" : toText(item)));
+    }
+    return entries;
+}
 
 class Network : public ::testing::Test {
   protected:
@@ -112,15 +127,11 @@ TEST_F(Network, InterfaceDataHoldsTheThirteenValuesInOrderWithTheirDefaults) {
     apartment().glngDebugLevel = 100001;
     const Ref<Dictionary> data = gfdicGetInterfaceData("{C3}");
     ASSERT_TRUE(data);
-    Lines keys;
-    for (const auto& entry : *data) keys.push_back(entry.key);
-    EXPECT_EQ(keys, (Lines{"HostName", "DefaultGateway", "Domain", "IPAddress", "SubnetMask",
-                           "Server", "NameServer", "EnableDHCP", "DhcpIPAddress", "DhcpSubnetMask",
-                           "DhcpServer", "DhcpNameServer", "DhcpDomain"}));
-    EXPECT_EQ(data->Item("IPAddress"), Variant("10.0.0.5 192.168.1.9"));
-    EXPECT_EQ(data->Item("DefaultGateway"), Variant(""));
-    EXPECT_EQ(data->Item("Domain"), Variant(""));
-    EXPECT_EQ(data->Item("EnableDHCP"), Variant(int32_t{0})) << "a number, not text";
+    EXPECT_EQ(entriesOf(*data),
+              (Lines{"HostName=''", "DefaultGateway=''", "Domain=''",
+                     "IPAddress='10.0.0.5 192.168.1.9'", "SubnetMask=''", "Server=''",
+                     "NameServer='10.0.0.1,10.0.0.2'", "EnableDHCP=0", "DhcpIPAddress=''",
+                     "DhcpSubnetMask=''", "DhcpServer=''", "DhcpNameServer=''", "DhcpDomain=''"}));
     EXPECT_FALSE(data->Exists("ipaddress")) << "keys compare case-sensitively";
     ASSERT_EQ(said().size(), 13u);
     EXPECT_EQ(said()[3], "IPAddress := '10.0.0.5 192.168.1.9'\r\n");
@@ -150,6 +161,93 @@ TEST_F(Network, TheNumberRoutineLogsBeforeItAddsTheStringRoutineAfter) {
     EXPECT_EQ(data.Item("EnableDHCP"), Variant(int32_t{7})) << "the first value stays";
     EXPECT_EQ(data.Item("DhcpServer"), Variant("first"));
 }
+
+#ifndef _WIN32
+// Linux makes the network keys from the system's facts.
+std::string leaseText(const platform::DhcpLease& lease) {
+    std::string servers;
+    for (const std::string& server : lease.nameServers) servers += server + ",";
+    return lease.interfaceName + "|" + lease.address + "|" + lease.subnetMask + "|" + lease.server +
+           "|" + servers + "|" + lease.domain;
+}
+
+TEST(NetworkKeys, LeaseFilesOfTheCommonClients) {
+    EXPECT_EQ(leaseText(platform::parseKeyValueLease(
+                  "# This is private data.\nADDRESS=192.168.1.20\nNETMASK=255.255.255.0\n"
+                  "ROUTER=192.168.1.1\nSERVER_ADDRESS=192.168.1.1\nDNS=192.168.1.1 9.9.9.9\n"
+                  "DOMAINNAME=home.example\n")),
+              "|192.168.1.20|255.255.255.0|192.168.1.1|192.168.1.1,9.9.9.9,|home.example");
+
+    // Every block, oldest first; quotes keep ; and braces inside.
+    Lines dhclient;
+    for (const auto& lease : platform::parseDhclientLeases(R"(default-duid "\000\001";
+lease {
+  interface "eth0";
+  fixed-address 10.0.0.7;
+  option subnet-mask 255.255.0.0;
+  option domain-name "old; \"odd\" {name}";
+}
+lease {
+  interface "eth0";
+  fixed-address 10.0.0.8;
+  option dhcp-server-identifier 10.0.0.1;
+  option domain-name-servers 10.0.0.1,10.0.0.2;
+  renew 4 2026/11/26 01:00:00;
+}
+)")) {
+        dhclient.push_back(leaseText(lease));
+    }
+    EXPECT_EQ(dhclient, (Lines{"eth0|10.0.0.7|255.255.0.0|||old; \"odd\" {name}",
+                               "eth0|10.0.0.8||10.0.0.1|10.0.0.1,10.0.0.2,|"}));
+
+    const auto routes = platform::defaultGateways(
+        "Iface\tDestination\tGateway \tFlags\tRefCnt\tUse\tMetric\tMask\t\tMTU\tWindow\tIRTT\n"
+        "eth0\t00000000\t010200C0\t0003\t0\t0\t0\t00000000\t0\t0\t0\n"
+        "eth0\t000200C0\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0\n"
+        "wg0\t00000000\t00000000\t0001\t0\t0\t0\t00000000\t0\t0\t0\n");
+    EXPECT_EQ(routes, (std::vector<std::pair<std::string, std::string>>{{"eth0", "192.0.2.1"}}))
+        << "only a default route through a gateway";
+}
+
+// The keys made from given facts: a card has a device behind it; the leased
+// address is kept apart from the others, a lease's line ends are dropped, and
+// what nothing says (no default route, no lease, no name server on the
+// loopback) is left out for its default.
+TEST_F(Network, TheFactsBecomeTheKeysOfEachInterface) {
+    platform::NetworkFacts facts;
+    facts.hostName = "pc";
+    facts.nameServers = {"10.0.0.1", "10.0.0.2"};
+    platform::InterfaceFacts& iface = facts.interfaces.emplace_back();
+    iface.name = "eth0";
+    iface.index = 2;
+    iface.hardware = true;
+    iface.addresses = {"10.0.0.8", "172.16.0.3"};
+    iface.masks = {"255.255.0.0", "255.255.255.0"};
+    iface.lease = {"eth0", "10.0.0.8", "255.255.0.0", "10.0.0.1", {"10.0.0.1"}, "a\"b\\c\r\n"};
+    platform::InterfaceFacts& loopback = facts.interfaces.emplace_back();
+    loopback.name = "lo";
+    loopback.index = 1;
+    loopback.loopback = true;
+    loopback.addresses = {"127.0.0.1"};
+    loopback.masks = {"255.0.0.0"};
+    loopback.gateways = {"127.0.0.9", "127.0.0.10"};
+    fx.registry.loadKeys([&](platform::RegistryLayer& keys) { addNetworkKeys(keys, facts); });
+
+    EXPECT_EQ(names(gfcolGetNetworkCards()), Lines{"eth0"});
+    EXPECT_EQ(names(gfcolGetAdapters()), (Lines{"eth0", "lo"}));
+    EXPECT_EQ(
+        entriesOf(*gfdicGetInterfaceData("eth0")),
+        (Lines{"HostName='pc'", "DefaultGateway=''", "Domain=''", "IPAddress='172.16.0.3'",
+               "SubnetMask='255.255.255.0'", "Server=''", "NameServer='10.0.0.1 10.0.0.2'",
+               "EnableDHCP=1", "DhcpIPAddress='10.0.0.8'", "DhcpSubnetMask='255.255.0.0'",
+               "DhcpServer='10.0.0.1'", "DhcpNameServer='10.0.0.1'", "DhcpDomain='a\"b\\c'"}));
+    EXPECT_EQ(entriesOf(*gfdicGetInterfaceData("lo")),
+              (Lines{"HostName='pc'", "DefaultGateway='127.0.0.9 127.0.0.10'", "Domain=''",
+                     "IPAddress='127.0.0.1'", "SubnetMask='255.0.0.0'", "Server=''",
+                     "NameServer=''", "EnableDHCP=0", "DhcpIPAddress=''", "DhcpSubnetMask=''",
+                     "DhcpServer=''", "DhcpNameServer=''", "DhcpDomain=''"}));
+}
+#endif
 
 }  // namespace
 }  // namespace ostrel
