@@ -2,13 +2,8 @@
 
 #ifdef _WIN32
 #include <windows.h>
-#endif
-
-#ifndef _WIN32
+#else
 #include <unistd.h>
-
-#include <chrono>
-#include <thread>
 #endif
 
 #include <filesystem>
@@ -89,23 +84,20 @@ TEST_F(Processes, RunStartsHiddenAndWaitsForTheReadinessTest) {
               "[mfblnRunProgram] Program started.  procID: 1234 prog: worker.bin -x\r\n");
 
     // Never ready: false after the 500 ms of the default, without a line;
-    // the program is not stopped.
+    // the program is not stopped. The time-out is a setting, a minute at most.
     const size_t lines = said().size();
-    fx.processes.sleeps = 0;
-    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
-    EXPECT_EQ(fx.processes.sleeps, 500u);
+    const auto msWaited = [&] {
+        fx.processes.sleeps = 0;
+        EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
+        return fx.processes.sleeps;
+    };
+    EXPECT_EQ(msWaited(), 500u);
     EXPECT_EQ(said().size(), lines);
-
-    // The time-out is a setting.
     fx.programSettings.values["Ostrel\\Settings\\ProgramReadyTimeout"] = "20";
-    fx.processes.sleeps = 0;
-    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
-    EXPECT_EQ(fx.processes.sleeps, 20u);
+    EXPECT_EQ(msWaited(), 20u);
     fx.writeSettings("<Settings><ProgramReadyTimeout>2147483647</ProgramReadyTimeout></Settings>");
     apartment().gobjSettingsDoc.reset();
-    fx.processes.sleeps = 0;
-    EXPECT_FALSE(mfblnRunProgram("worker.bin", 0, ReadinessTest()));
-    EXPECT_EQ(fx.processes.sleeps, 60000u) << "a minute at most";
+    EXPECT_EQ(msWaited(), 60000u);
 }
 
 TEST_F(Processes, RunFailuresAndTheSixteenBitId) {
@@ -192,12 +184,11 @@ TEST_F(Processes, TheSystemStartFailsAtOnceAndExpandsNothing) {
     }
 
     const fs::path made[] = {folder / "$HOME", folder / "~", folder / "*"};
-    platform::systemProcesses().start(
-        "touch " + made[0].string() + " " + made[1].string() + " " + made[2].string(), 0);
-    for (int i = 0; i < 500 && !fs::exists(made[2]); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    EXPECT_TRUE(fs::exists(made[0]) && fs::exists(made[1]) && fs::exists(made[2]));
+    const ReadinessTest madeAll = [&] { return fs::exists(made[2]) ? "made" : ""; };
+    EXPECT_TRUE(mfblnRunProgram(
+        "touch " + made[0].string() + " " + made[1].string() + " " + made[2].string(), 5000,
+        madeAll));
+    EXPECT_TRUE(fs::exists(made[0]) && fs::exists(made[1]));
     fs::remove_all(folder);
 }
 #else
