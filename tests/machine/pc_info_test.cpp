@@ -49,13 +49,11 @@ class PcInfoTest : public ::testing::Test {
 TEST_F(PcInfoTest, TakesTheSnapshotAndFallsBackToUsernameForTheUser) {
     const auto info = makeRef<wncPCInfo>();
     // The record goes to the call cleared, with the size of its ANSI form.
-    ASSERT_TRUE(apt.systemInfo.versionAskedWith);
-    EXPECT_EQ(apt.systemInfo.versionAskedWith->dwOSVersionInfoSize, 156);
-    EXPECT_EQ(apt.systemInfo.versionAskedWith->dwMajorVersion +
-                  apt.systemInfo.versionAskedWith->dwPlatformId,
-              0);
-    EXPECT_EQ(apt.systemInfo.versionAskedWith->szCSDVersion.find_first_not_of('\0'),
-              std::string::npos);
+    const auto& asked = apt.systemInfo.versionAskedWith;
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(asked->dwOSVersionInfoSize, 156);
+    EXPECT_EQ(asked->dwMajorVersion + asked->dwPlatformId, 0);
+    EXPECT_EQ(asked->szCSDVersion.find_first_not_of('\0'), std::string::npos);
     EXPECT_EQ(info->ComputerName(), "pc7.example.org");
     EXPECT_EQ(info->UserName(), "pat");
     EXPECT_EQ(info->ClientSiteName() + info->DomainName() + info->DomainControllerAddress() +
