@@ -26,9 +26,9 @@ WmiRecord computer(Variant domain, Variant workgroup, Variant memory = "17179869
         .set("Workgroup", std::move(workgroup))
         .set("name", "PC1");
 }
-WmiRecord bios() {
+WmiRecord bios(Variant name = "BIOS 1.2") {
     return WmiRecord()
-        .set("name", "BIOS 1.2")
+        .set("name", std::move(name))
         .set("BuildNumber", kNull)
         .set("IdentificationCode", "")
         .set("Manufacturer", "Quux")
@@ -184,8 +184,7 @@ TEST_F(WmiInventory, TheComputerLineTestsWorkgroupButShowsDomain) {
 TEST_F(WmiInventory, SeveralObjectsShareOneLineCpuZeroForAllAndSilentCardsUseANumber) {
     fx.wmi.classes["Win32_Processor"] = {processor(), processor("Slow CPU", kNull)};
     fx.wmi.classes["Win32_VideoController"] = {video(kNull), video("Second"), video("Third")};
-    fx.wmi.classes["Win32_BIOS"] = {bios(), WmiRecord(bios()).set("name", "")};
-    fx.wmi.classes["Win32_BIOS"][1].properties[0].second = "";
+    fx.wmi.classes["Win32_BIOS"] = {bios(), bios("")};
     EXPECT_EQ(GetWmiProcessorInfo(services()),
               "CPU_0 Fast CPU, BFEBFBFF000906EA, 3000Mhz  CPU_0 Slow CPU, 3000Mhz  \r\n");
     EXPECT_EQ(GetWmiVideoProcessor(services()), "Video_1 Second, VP  Video_2 Third, VP  \r\n");
