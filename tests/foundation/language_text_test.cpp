@@ -40,6 +40,20 @@ class LanguageText : public ::testing::Test {
         return utf8Of(textFolder());
     }
     std::filesystem::path textFolder() const { return fx.programData / pathOf("Bibliothèque"); }
+    // The error that binding a fresh object to the folder raises; the next
+    // binding with the same values raises nothing.
+    std::string failure() {
+        clsLanguageText fresh;
+        const std::string folder = utf8Of(textFolder());
+        const std::string first = errorTextOf([&] { fresh.Initialise("Demo", folder); });
+        EXPECT_EQ(errorTextOf([&] { fresh.Initialise("Demo", folder); }), "no error")
+            << "reported once";
+        return first;
+    }
+    std::string failureOf(std::string_view content) {
+        writeTexts(content);
+        return failure();
+    }
 
     fakes::TestApartment fx;
     clsLanguageText text;
@@ -76,11 +90,11 @@ TEST_F(LanguageText, PlacesInsertsInOnePass) {
 }
 
 TEST_F(LanguageText, RejectsABrokenFile) {
-    for (const char* broken : {"no equals sign\n", "x=text\n", "1=a\n1=b\n", "=empty number\n",
-                               "99999999999=too big\n"}) {
-        clsLanguageText fresh;
-        const std::string folder = writeTexts(broken);
-        EXPECT_EQ(errorNumberOf([&] { fresh.Initialise("Demo", folder); }), 5) << broken;
+    for (const char* broken :
+         {"no equals sign\n", "x=text\n", "1=a\n1=b\n", "=empty number\n", "99999999999=too big\n",
+          "font 1=Arial\n", "font 1=;8\n", "font 1=Arial;0\n", "font 1=Arial;8;heavy\n",
+          "picture 1=logo.png\n", "picture 1=../logo.bmp\n", "picture 1=\n"}) {
+        EXPECT_EQ(failureOf(broken).substr(0, 2), "5 ") << broken;
     }
 }
 
@@ -112,21 +126,20 @@ TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
         const char* override;  // OSTREL_LANGUAGE, nullptr for unset
         const char* system;    // the user's interface language
         const char* text;
-        const char* suffix1;
-        const char* suffix2;
+        const char* suffixes;
     } cases[] = {
-        {nullptr, "de_DE.UTF-8", "Deutsch", "de", "de-DE"},
-        {nullptr, "de-CH", "Deutsch", "de", "de-CH"},
-        {nullptr, "de_AT.UTF-8@euro", "Österreichisch", "de", "de-AT"},
-        {"de", "fr_FR.UTF-8", "Deutsch", "de", "de"},
-        {"de_at", "", "Österreichisch", "de", "de-AT"},
-        {"", "de_DE", "Deutsch", "de", "de-DE"},  // an empty override counts as unset
-        {nullptr, "fr_FR.UTF-8", "English", "en", "en-US"},
-        {nullptr, "en_GB.UTF-8", "English", "en", "en-GB"},
-        {nullptr, "C", "English", "en", "en-US"},
-        {nullptr, "", "English", "en", "en-US"},
-        {"../../etc", "de_DE", "English", "en", "en-US"},
-        {"de-A-/x", "de_DE", "English", "en", "en-US"},  // no folder reached through a name
+        {nullptr, "de_DE.UTF-8", "Deutsch", "de de-DE"},
+        {nullptr, "de-CH", "Deutsch", "de de-CH"},
+        {nullptr, "de_AT.UTF-8@euro", "Österreichisch", "de de-AT"},
+        {"de", "fr_FR.UTF-8", "Deutsch", "de de"},
+        {"de_at", "", "Österreichisch", "de de-AT"},
+        {"", "de_DE", "Deutsch", "de de-DE"},  // an empty override counts as unset
+        {nullptr, "fr_FR.UTF-8", "English", "en en-US"},
+        {nullptr, "en_GB.UTF-8", "English", "en en-GB"},
+        {nullptr, "C", "English", "en en-US"},
+        {nullptr, "", "English", "en en-US"},
+        {"../../etc", "de_DE", "English", "en en-US"},
+        {"de-A-/x", "de_DE", "English", "en en-US"},  // no folder reached through a name
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.override ? c.override : "(unset)") + " / " + c.system);
@@ -136,12 +149,11 @@ TEST_F(LanguageText, FollowsTheUsersLanguageWithEnglishBehind) {
         clsLanguageText fresh;
         fresh.Initialise("Demo", utf8Of(textFolder()));
         EXPECT_EQ(fresh.GetText(1), c.text);
-        EXPECT_EQ(fresh.GetText(2), c.suffix1 == std::string("de") ? "Deutsch 2" : "English 2");
+        EXPECT_EQ(fresh.GetText(2), c.suffixes[0] == 'd' ? "Deutsch 2" : "English 2");
         EXPECT_EQ(fresh.GetText(3), "English 3");
         std::string suffix1(100, ' '), suffix2(100, ' ');
         fresh.GetLanguageSuffixes(suffix1, suffix2);
-        EXPECT_EQ(suffix1, c.suffix1);
-        EXPECT_EQ(suffix2, c.suffix2);
+        EXPECT_EQ(suffix1 + " " + suffix2, c.suffixes);
     }
 }
 
@@ -180,23 +192,12 @@ TEST_F(LanguageText, AppliesFontEntriesAndHandsOutPictures) {
     EXPECT_EQ(errorTextOf([&] { text.GetPicture(8); }),
               "53 File not found: " + utf8Of(textFolder() / "gone.ico"));
     EXPECT_EQ(errorNumberOf([&] { text.GetPicture(108); }), 5);
-
-    for (const char* broken :
-         {"font 1=Arial\n", "font 1=;8\n", "font 1=Arial;0\n", "font 1=Arial;8;heavy\n",
-          "picture 1=logo.png\n", "picture 1=../logo.bmp\n", "picture 1=\n"}) {
-        clsLanguageText fresh;
-        writeTexts(broken);
-        EXPECT_EQ(errorNumberOf([&] { fresh.Initialise("Demo", folder); }), 5) << broken;
-    }
 }
 
 TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
     // Beside the test program: the files the build puts beside the artefacts.
     clsLanguageText beside;
     beside.Initialise("Ostrel", fx.environment.folder);
-    for (int32_t number : {108, 131, 279, 312, 313, 338}) {
-        EXPECT_NO_THROW(beside.GetText(number)) << number;
-    }
     const auto logo = beside.GetPicture(ResourceIDNumbers::kLogo);
     EXPECT_FALSE(logo->file.empty());
 
@@ -207,8 +208,7 @@ TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
 
     // Copied without its data files: the same English texts and pictures.
     clsLanguageText alone;
-    const std::string empty = utf8Of(fx.programData);
-    EXPECT_NO_THROW(alone.Initialise("Ostrel", empty));
+    alone.Initialise("Ostrel", utf8Of(fx.programData));
     for (int32_t number : {108, 131, 279, 312, 313, 338}) {
         EXPECT_EQ(alone.GetText(number), beside.GetText(number)) << number;
     }
@@ -221,16 +221,7 @@ TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
 }
 
 TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
-    const std::string folder = utf8Of(textFolder());
     const std::string file = utf8Of(textFolder() / "Demo.en.txt");
-    auto failureOf = [&](std::string_view content) {
-        writeTexts(content);
-        clsLanguageText fresh;
-        const std::string first = errorTextOf([&] { fresh.Initialise("Demo", folder); });
-        EXPECT_EQ(errorTextOf([&] { fresh.Initialise("Demo", folder); }), "no error")
-            << "reported once";
-        return first;
-    };
     EXPECT_EQ(failureOf("1=fine\n2=cut \xC3"), "5 Not UTF-8 at line 2 of " + file);
     EXPECT_EQ(failureOf("1=over\xC0\xAF"
                         "long\n"),
@@ -240,23 +231,16 @@ TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
 
     writeTexts("");
     std::filesystem::resize_file(textFolder() / "Demo.en.txt", 3u << 20);
-    clsLanguageText huge;
-    EXPECT_EQ(errorTextOf([&] { huge.Initialise("Demo", folder); }),
-              "5 The language file is larger than 1048576 bytes: " + file);
+    EXPECT_EQ(failure(), "5 The language file is larger than 1048576 bytes: " + file);
 
     std::filesystem::remove(textFolder() / "Demo.en.txt");
     std::filesystem::create_directory(textFolder() / "Demo.en.txt");
-    clsLanguageText folderNamed;
-    EXPECT_EQ(errorTextOf([&] { folderNamed.Initialise("Demo", folder); }),
-              "5 The language file is a folder: " + file);
+    EXPECT_EQ(failure(), "5 The language file is a folder: " + file);
     std::filesystem::remove(textFolder() / "Demo.en.txt");
 #ifndef _WIN32
     // A pipe would block the reader for ever.
     ASSERT_EQ(::mkfifo((textFolder() / "Demo.en.txt").c_str(), 0600), 0);
-    clsLanguageText pipe;
-    EXPECT_EQ(errorTextOf([&] { pipe.Initialise("Demo", folder); }),
-              "5 The language file is not a regular file: " + file);
-    std::filesystem::remove(textFolder() / "Demo.en.txt");
+    EXPECT_EQ(failure(), "5 The language file is not a regular file: " + file);
 #endif
 }
 
