@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -76,6 +75,23 @@ TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLinesOnce) {
     EXPECT_EQ(fx.debugStream.texts.size(), 4u);
 }
 
+// The real files, but no file can be deleted.
+struct UndeletableFiles : platform::FileSystemPort {
+    explicit UndeletableFiles(platform::FileSystemPort& files) : real(files) {}
+    char separator() const override { return real.separator(); }
+    bool fileExists(std::string_view path) override { return real.fileExists(path); }
+    bool folderExists(std::string_view path) override { return real.folderExists(path); }
+    std::optional<int64_t> fileSize(std::string_view path) override { return real.fileSize(path); }
+    bool deleteFile(std::string_view, bool) override { return false; }
+    bool appendLine(std::string_view path, std::string_view text) override {
+        return real.appendLine(path, text);
+    }
+    std::optional<std::string> readTextFile(std::string_view path) override {
+        return real.readTextFile(path);
+    }
+    platform::FileSystemPort& real;
+};
+
 TEST_F(DebugLog, OversizedLogIsDeletedAtStartAndTheBoundItselfIsKept) {
     fx.writeMarker();
     writeBytes(logFile(), std::string(2097152, 'k'));
@@ -88,6 +104,16 @@ TEST_F(DebugLog, OversizedLogIsDeletedAtStartAndTheBoundItselfIsKept) {
                                  std::filesystem::perm_options::remove);  // read-only goes too
     startDiagnostics();
     EXPECT_EQ(readBytes(logFile()), kStamp + kBanner);
+
+    // One that can't be deleted gets the banner appended all the same.
+    fx.install();
+    const std::string oversized(2097153, 'u');
+    writeBytes(logFile(), oversized);
+    UndeletableFiles undeletable(*fx.ports.fileSystem);
+    apartment().gobjFileSystem = makeRef<FileSystemObject>(&undeletable);
+    gsubInitDebug("", 0);
+    EXPECT_TRUE(gblnDebug());
+    EXPECT_EQ(readBytes(logFile()), oversized + kStamp + kBanner);
 }
 
 TEST_F(DebugLog, VerbosityComesFromTheSettingsFileAfterTheBanner) {
@@ -133,7 +159,17 @@ TEST_F(DebugLog, UnsetProgramDataMeansAFolderBelowTheCurrentDirectory) {
     EXPECT_EQ(readBytes(logFile()), kStamp + kBanner);
 }
 
-TEST_F(DebugLog, UnwritableLogLosesTheLineButNotTheDebuggerOutput) {
+// Every step of the start and of a message may fail; the next one still runs.
+TEST_F(DebugLog, FailingStepsArePassedOver) {
+    // Without a file system object the log can't be named: no file, no banner.
+    apartment().gblnDebug = true;
+    apartment().gstrLogFilename = "stale.log";
+    gsubStartLog();
+    EXPECT_EQ(apartment().gstrLogFilename, "");
+    EXPECT_TRUE(fx.debugStream.texts.empty());
+
+    // A log that can't be written loses the line, not the debugger output.
+    apartment().gblnDebug = false;
     fx.writeMarker();
     startDiagnostics();
     const auto folder = pathOf(fx.dataFolder());
@@ -142,65 +178,12 @@ TEST_F(DebugLog, UnwritableLogLosesTheLineButNotTheDebuggerOutput) {
     EXPECT_EQ(fx.debugStream.texts.back(), "lost\r\n");
     EXPECT_FALSE(std::filesystem::exists(folder)) << "a missing folder is never created";
 
-    // The next message tries again from the start.
+    // The next message tries again from the start; without a debugger stream
+    // the file still has it.
     std::filesystem::create_directory(folder);
+    apartment().ports.debugStream = nullptr;
     gsubDebugPrint("back");
     EXPECT_EQ(readBytes(logFile()), kStamp + "back\r\n");
-}
-
-// The real files, but no file can be deleted.
-class UndeletableFiles : public platform::FileSystemPort {
-  public:
-    explicit UndeletableFiles(platform::FileSystemPort& files) : files_(files) {}
-    char separator() const override { return files_.separator(); }
-    bool fileExists(std::string_view path) override { return files_.fileExists(path); }
-    bool folderExists(std::string_view path) override { return files_.folderExists(path); }
-    std::optional<int64_t> fileSize(std::string_view path) override {
-        return files_.fileSize(path);
-    }
-    bool deleteFile(std::string_view, bool) override { return false; }
-    bool appendLine(std::string_view path, std::string_view text) override {
-        return files_.appendLine(path, text);
-    }
-    std::optional<std::string> readTextFile(std::string_view path) override {
-        return files_.readTextFile(path);
-    }
-
-  private:
-    platform::FileSystemPort& files_;
-};
-
-class FailingDebugStream : public platform::DebugStreamPort {
-  public:
-    void write(std::string_view) override { throw std::runtime_error("no debugger stream"); }
-};
-
-// Every step of the start and of a message may fail; the next one still runs.
-TEST_F(DebugLog, FailingStepsArePassedOver) {
-    // An oversized log that can't be deleted gets the banner appended.
-    fx.writeMarker();
-    const std::string oversized(2097153, 'u');
-    writeBytes(logFile(), oversized);
-    UndeletableFiles undeletable(*fx.ports.fileSystem);
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(&undeletable);
-    gsubInitDebug("", 0);
-    EXPECT_TRUE(gblnDebug());
-    EXPECT_EQ(readBytes(logFile()), oversized + kStamp + kBanner);
-
-    // A debugger stream that fails loses the text; the file still has it.
-    FailingDebugStream failing;
-    apartment().ports.debugStream = &failing;
-    EXPECT_NO_THROW(gsubDebugPrint("to the file only"));
-    EXPECT_EQ(readBytes(logFile()), oversized + kStamp + kBanner + kStamp + "to the file only\r\n");
-
-    // Without a file system object the log can't be named: no file, no banner.
-    fx.install();
-    fx.debugStream.texts.clear();
-    apartment().gblnDebug = true;
-    apartment().gstrLogFilename = "stale.log";
-    EXPECT_NO_THROW(gsubStartLog());
-    EXPECT_EQ(apartment().gstrLogFilename, "");
-    EXPECT_TRUE(fx.debugStream.texts.empty());
 }
 
 }  // namespace

@@ -6,10 +6,8 @@
 
 #include "component/startup.h"
 #include "fakes/test_apartment.h"
-#include "foundation/debug_log.h"
 #include "foundation/globals.h"
 #include "ui/display_error.h"
-#include "ui/language_text.h"
 #include "ui/localised_files.h"
 
 namespace ostrel {
@@ -30,7 +28,7 @@ class LocalisedFiles : public ::testing::Test {
         ensureStarted();
     }
     // Creates the named files (and only those) in the folder.
-    void create(std::initializer_list<const char*> names) {
+    void create(const std::vector<const char*>& names) {
         for (const char* name : names) writeBytes(folder / name, "x");
     }
     std::string in(const char* name) const { return utf8Of(folder / name); }
@@ -40,27 +38,24 @@ class LocalisedFiles : public ::testing::Test {
 };
 
 TEST_F(LocalisedFiles, TriesSuffix2ThenSuffix1AndNeverThePlainFile) {
-    struct Case {
+    const struct {
         std::vector<const char*> files;
-        const char* underscored;  // what the first form finds
-        const char* direct;       // what the second form finds
+        const char* found;  // by the first form | by the second, "-" for none
     } cases[] = {
-        {{"Help.chm"}, "", ""},
-        {{"Help_en.chm", "Helpen.chm"}, "Help_en.chm", "Helpen.chm"},
-        {{"Help_en.chm", "Help_en-GB.chm", "Helpen-GB.chm"}, "Help_en-GB.chm", "Helpen-GB.chm"},
-        {{"Help_en-GB.chm", "Helpen.chm"}, "Help_en-GB.chm", "Helpen.chm"},
+        {{"Help.chm"}, "- | -"},
+        {{"Help_en.chm", "Helpen.chm"}, "Help_en.chm | Helpen.chm"},
+        {{"Help_en.chm", "Help_en-GB.chm", "Helpen-GB.chm"}, "Help_en-GB.chm | Helpen-GB.chm"},
+        {{"Help_en-GB.chm", "Helpen.chm"}, "Help_en-GB.chm | Helpen.chm"},
     };
-    for (const Case& c : cases) {
-        std::filesystem::remove_all(folder / "help");
-        std::filesystem::create_directories(folder / "help");
-        for (const char* name : c.files) writeBytes(folder / "help" / name, "x");
-        const std::string base = utf8Of(folder / "help" / "Help.chm");
-        auto expected = [&](const char* name) {
-            return *name ? utf8Of(folder / "help" / name) : std::string();
-        };
-        EXPECT_EQ(gfstrGetLocalisedFileName(base), expected(c.underscored)) << c.files[0];
-        EXPECT_EQ(gfstrGetLocalisedFileName(base, SuffixForm::Direct), expected(c.direct))
-            << c.files[0];
+    const auto name = [&](const std::string& file) {
+        return file.empty() ? "-" : file.substr(in("").size());
+    };
+    for (const auto& c : cases) {
+        create(c.files);
+        EXPECT_EQ(name(gfstrGetLocalisedFileName(in("Help.chm"))) + " | " +
+                      name(gfstrGetLocalisedFileName(in("Help.chm"), SuffixForm::Direct)),
+                  c.found);
+        for (const char* file : c.files) std::filesystem::remove(folder / file);
     }
 }
 

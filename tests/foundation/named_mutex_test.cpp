@@ -9,7 +9,6 @@
 #include <fstream>
 #endif
 
-#include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -59,13 +58,12 @@ TEST_F(MutexGuard, FailedWaitsAndCreationsGiveZeroAndTheirLineAnAbandonedOneIsAS
     EXPECT_EQ(GetMutex("M", 10), 0);
     EXPECT_EQ(fx.namedMutex.calls, (Calls{"create M", "wait 1 10", "create M", "wait 2 10"}))
         << "kept: the handle of a failed wait stays open";
-    fx.namedMutex.createFails = true;
-    EXPECT_EQ(GetMutex("M", 10), 0);
-    fx.namedMutex.createFails = false;
     fx.namedMutex.waitAnswer = Port::kWaitAbandoned;
     EXPECT_EQ(GetMutex("M", 10), 3);
+    fx.namedMutex.createFails = true;
+    EXPECT_EQ(GetMutex("M", 10), 0);
     EXPECT_EQ(said(), (Calls{"Failed getting mutex(M)\r\n", "Failed getting mutex(M)\r\n",
-                             "Failed creating mutex(M)\r\n", "Obtained abandoned mutex(M,3)\r\n"}));
+                             "Obtained abandoned mutex(M,3)\r\n", "Failed creating mutex(M)\r\n"}));
 }
 
 TEST_F(MutexGuard, RefusedReleaseAndCloseAreToldInTheReleasesWords) {
@@ -128,30 +126,29 @@ TEST(SystemNamedMutex, WaitsTimesOutRecursesAndReportsADeadOwner) {
     EXPECT_EQ(port.wait(mine, 0), Port::kWaitObtained);
     EXPECT_EQ(port.wait(mine, 0), Port::kWaitObtained) << "the owner gets it again at once";
 
-    std::atomic<uint32_t> answer{0};
-    std::atomic<bool> released{true};
-    auto other = [&](int32_t timeoutMs) {
-        std::thread([&, timeoutMs] {
+    // Another thread's wait: its answer; `released` tells whether it could release.
+    bool released = true;
+    const auto other = [&](int32_t timeoutMs) {
+        uint32_t answer = 0;
+        std::thread([&] {
             const int32_t theirs = port.create(name);
             answer = port.wait(theirs, timeoutMs);
             released = port.release(theirs);  // owned or not, as the answer says
             port.close(theirs);
         }).join();
+        return answer;
     };
-    other(0);
-    EXPECT_EQ(answer, Port::kWaitTimeout);
+    EXPECT_EQ(other(0), Port::kWaitTimeout);
     EXPECT_FALSE(released) << "a thread that doesn't own it can't release it";
     const auto start = std::chrono::steady_clock::now();
-    other(150);
-    EXPECT_EQ(answer, Port::kWaitTimeout);
+    EXPECT_EQ(other(150), Port::kWaitTimeout);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(140));
     EXPECT_FALSE(port.errorText(port.lastError()).empty());
 
     EXPECT_TRUE(port.release(mine));
     EXPECT_TRUE(port.release(mine));
     EXPECT_FALSE(port.release(mine)) << "released as often as it was taken";
-    other(0);
-    EXPECT_EQ(answer, Port::kWaitObtained);
+    EXPECT_EQ(other(0), Port::kWaitObtained);
     EXPECT_TRUE(released);
 
     // A thread that ends while it owns the lock leaves it abandoned, also
