@@ -143,17 +143,18 @@ TEST_F(Settings, SavesKeepTheEncodingTheFileDeclares) {
     };
     for (const auto& d : declared) {
         SCOPED_TRACE(d.encoding);
-        const bool wide = d.encoding == std::string_view("UTF-16");
+        const std::string bom = d.encoding == std::string_view("UTF-16") ? "\xFF\xFE" : "";
         const auto encoded = [&](const std::string& text) {
             std::string bytes;
-            for (char c : text) bytes += wide ? std::string{c, '\0'} : std::string{c};
+            for (char c : text) bytes += bom.empty() ? std::string{c} : std::string{c, '\0'};
             return bytes;
         };
         restart();
-        fx.writeSettings((wide ? "\xFF\xFE" : "") +
+        fx.writeSettings(bom +
                          encoded(std::string("<?xml version=\"1.0\" encoding=\"") + d.encoding +
                                  "\"?>\r\n<Settings><A>" + d.bytes + "</A></Settings>"));
         for (const char* value : {"1", "2", "3"}) save("Settings", "B", value);
+        EXPECT_THAT(file(), testing::StartsWith(bom));
         EXPECT_THAT(file(), testing::HasSubstr(encoded(std::string("<Settings><A>") + d.bytes +
                                                        "</A><B>3</B></Settings>")));
         save("Settings", "C", "€ and ő");  // beyond either single-byte set
