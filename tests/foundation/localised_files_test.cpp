@@ -75,6 +75,7 @@ TEST_F(LocalisedFiles, SetsTheHelpFileAndOpensItByItsKind) {
 
     // A name with no variant leaves the help file as it was.
     msubSetLocalisedHelpFile("Other.hlp", entry);
+    EXPECT_TRUE(entry.Enabled);
     EXPECT_EQ(apartment().helpFile, in("Guideen.CHM"));
 
     create({"Olden-GB.hlp"});
