@@ -6,7 +6,6 @@
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
 #include "foundation/builtin_data.h"
-#include "runtime/automation_error.h"
 #include "ui/language_text.h"
 #include "ui/resource_id_numbers.h"
 
@@ -20,8 +19,6 @@ namespace {
 using fakes::pathOf;
 using fakes::utf8Of;
 using fakes::writeBytes;
-
-using fakes::errorNumberOf;
 
 // The number and description of the error an operation raises.
 template <class Operation>
@@ -86,7 +83,7 @@ TEST_F(LanguageText, PlacesInsertsInOnePass) {
     EXPECT_EQ(text.GetFormattedText(1, "%2", "%1"), "%1 before %2, .")
         << "an insert's own markers stay";
     EXPECT_EQ(text.GetFormattedText(2, "x"), "100% of x at 5% (%5)");
-    EXPECT_EQ(errorNumberOf([&] { text.GetFormattedText(3, "a"); }), 5);
+    EXPECT_EQ(fakes::errorNumberOf([&] { text.GetFormattedText(3, "a"); }), 5);
 }
 
 TEST_F(LanguageText, RejectsABrokenFile) {
@@ -172,8 +169,8 @@ TEST_F(LanguageText, AppliesFontEntriesAndHandsOutPictures) {
     EXPECT_EQ(font.charset, 238) << "the character set is the caller's";
     text.ApplyFont(281, font);
     EXPECT_FALSE(font.bold);
-    EXPECT_EQ(errorNumberOf([&] { text.ApplyFont(286, font); }), 5);
-    EXPECT_EQ(errorNumberOf([&] { text.GetText(280); }), 5) << "a font entry is no text";
+    EXPECT_EQ(fakes::errorNumberOf([&] { text.ApplyFont(286, font); }), 5);
+    EXPECT_EQ(fakes::errorNumberOf([&] { text.GetText(280); }), 5) << "a font entry is no text";
 
     const auto icon = text.GetPicture(ResourceIDNumbers::kFormIcon);
     EXPECT_EQ(icon->kind, Picture::Kind::Icon);
@@ -184,7 +181,7 @@ TEST_F(LanguageText, AppliesFontEntriesAndHandsOutPictures) {
               "5 Not a valid picture: " + utf8Of(textFolder() / "broken.bmp"));
     EXPECT_EQ(errorTextOf([&] { text.GetPicture(8); }),
               "53 File not found: " + utf8Of(textFolder() / "gone.ico"));
-    EXPECT_EQ(errorNumberOf([&] { text.GetPicture(108); }), 5);
+    EXPECT_EQ(fakes::errorNumberOf([&] { text.GetPicture(108); }), 5);
 }
 
 TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
@@ -212,9 +209,7 @@ TEST_F(LanguageText, TheComponentsOwnFilesAndTheBuiltInOnes) {
 TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
     const std::string file = utf8Of(textFolder() / "Demo.en.txt");
     EXPECT_EQ(failureOf("1=fine\n2=cut \xC3"), "5 Not UTF-8 at line 2 of " + file);
-    EXPECT_EQ(failureOf("1=over\xC0\xAF"
-                        "long\n"),
-              "5 Not UTF-8 at line 1 of " + file);
+    EXPECT_EQ(failureOf("1=over\xC0\xAFlong\n"), "5 Not UTF-8 at line 1 of " + file);
     EXPECT_EQ(failureOf(std::string("1=nul\0byte\n", 12)), "5 Bad text at line 1 of " + file);
     EXPECT_EQ(failureOf("1=a\n2=b\n3\n"), "5 Bad text at line 3 of " + file);
 

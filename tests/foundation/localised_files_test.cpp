@@ -14,7 +14,6 @@ namespace ostrel {
 namespace {
 
 using fakes::utf8Of;
-using fakes::writeBytes;
 
 // A component folder of its own, with British English chosen (suffixes "en" and "en-GB").
 class LocalisedFiles : public ::testing::Test {
@@ -29,7 +28,7 @@ class LocalisedFiles : public ::testing::Test {
     }
     // Creates the named files (and only those) in the folder.
     void create(const std::vector<const char*>& names) {
-        for (const char* name : names) writeBytes(folder / name, "x");
+        for (const char* name : names) fakes::writeBytes(folder / name, "x");
     }
     std::string in(const char* name) const { return utf8Of(folder / name); }
 

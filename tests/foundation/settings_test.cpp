@@ -15,7 +15,6 @@ namespace ostrel {
 namespace {
 
 using fakes::pathOf;
-using fakes::readBytes;
 
 // The settings routines against the platform's XML document object, a fake
 // lock and a fake older store.
@@ -34,7 +33,7 @@ class Settings : public ::testing::Test {
     }
     // The file as written, without the line end that some document objects add.
     std::string file() const {
-        std::string text = readBytes(pathOf(fx.dataFile("ot_settings.xml")));
+        std::string text = fakes::readBytes(pathOf(fx.dataFile("ot_settings.xml")));
         while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
         return text;
     }
