@@ -95,7 +95,7 @@ TEST_F(LanguageText, RejectsABrokenFile) {
     }
 }
 
-TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAFailureIsReportedOnce) {
+TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAMissingFileIsNamed) {
     const std::string folder = writeTexts("1=first\n");
     text.Initialise("Demo", folder);
     // Not read again: the same values bind nothing new.
@@ -103,8 +103,7 @@ TEST_F(LanguageText, RepeatedInitialiseIsCheapAndAFailureIsReportedOnce) {
     text.Initialise("Demo", folder, "third");
     EXPECT_EQ(text.GetText(1), "first");
 
-    const std::string elsewhere = utf8Of(fx.programData / "none");
-    EXPECT_EQ(errorTextOf([&] { text.Initialise("Demo", elsewhere); }),
+    EXPECT_EQ(errorTextOf([&] { text.Initialise("Demo", utf8Of(fx.programData / "none")); }),
               "53 File not found: " + utf8Of(fx.programData / "none" / "Demo.en.txt"));
 
     // Other values bind anew.
