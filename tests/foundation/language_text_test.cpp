@@ -57,16 +57,14 @@ class LanguageText : public ::testing::Test {
 };
 
 TEST_F(LanguageText, ReadsTheStoreFormat) {
-    const std::string folder = writeTexts(
-        "\xEF\xBB\xBF# comment\r\n"
-        "\r\n"
-        "   # indented comment\n"
-        "1=plain\r\n"
-        " 2 =  blanks kept\n"
-        "3=a=b\n"
-        "4=line\\none\ttab \\\\ Grüße\n"
-        "5=C:\\temp\\ C:\\q\\");
-    text.Initialise("Demo", folder);
+    text.Initialise("Demo", writeTexts("\xEF\xBB\xBF# comment\r\n"
+                                       "\r\n"
+                                       "   # indented comment\n"
+                                       "1=plain\r\n"
+                                       " 2 =  blanks kept\n"
+                                       "3=a=b\n"
+                                       "4=line\\none\ttab \\\\ Grüße\n"
+                                       "5=C:\\temp\\ C:\\q\\"));
     EXPECT_EQ(text.GetText(1), "plain");
     EXPECT_EQ(text.GetText(2), "  blanks kept");
     EXPECT_EQ(text.GetText(3), "a=b");

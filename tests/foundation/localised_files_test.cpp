@@ -15,25 +15,22 @@ namespace {
 
 using fakes::utf8Of;
 
-// A component folder of its own, with British English chosen (suffixes "en" and "en-GB").
+// The test's own folder as the component folder, British English chosen ("en", "en-GB").
 class LocalisedFiles : public ::testing::Test {
   protected:
     LocalisedFiles() {
-        folder = fx.programData / "component";
-        std::filesystem::create_directories(folder);
-        fx.environment.folder = utf8Of(folder);
+        fx.environment.folder = utf8Of(fx.programData);
         fx.locale.language = "en_GB.UTF-8";
         fx.writeMarker();  // the log on: the help file's steps are written down
         ensureStarted();
     }
     // Creates the named files (and only those) in the folder.
     void create(const std::vector<const char*>& names) {
-        for (const char* name : names) fakes::writeBytes(folder / name, "x");
+        for (const char* name : names) fakes::writeBytes(fx.programData / name, "x");
     }
-    std::string in(const char* name) const { return utf8Of(folder / name); }
+    std::string in(const char* name) const { return utf8Of(fx.programData / name); }
 
     fakes::TestApartment fx;
-    std::filesystem::path folder;
 };
 
 TEST_F(LocalisedFiles, TriesSuffix2ThenSuffix1AndNeverThePlainFile) {
@@ -54,7 +51,7 @@ TEST_F(LocalisedFiles, TriesSuffix2ThenSuffix1AndNeverThePlainFile) {
         EXPECT_EQ(name(gfstrGetLocalisedFileName(in("Help.chm"))) + " | " +
                       name(gfstrGetLocalisedFileName(in("Help.chm"), SuffixForm::Direct)),
                   c.found);
-        for (const char* file : c.files) std::filesystem::remove(folder / file);
+        for (const char* file : c.files) std::filesystem::remove(fx.programData / file);
     }
 }
 
