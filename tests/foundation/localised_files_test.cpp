@@ -6,65 +6,52 @@
 
 #include "component/startup.h"
 #include "fakes/test_apartment.h"
-#include "foundation/debug_log.h"
 #include "foundation/globals.h"
 #include "ui/display_error.h"
-#include "ui/language_text.h"
 #include "ui/localised_files.h"
 
 namespace ostrel {
 namespace {
 
 using fakes::utf8Of;
-using fakes::writeBytes;
 
-// A component folder of its own, with German chosen (suffixes "de" and "de-DE").
+// The test's own folder as the component folder, British English chosen ("en", "en-GB").
 class LocalisedFiles : public ::testing::Test {
   protected:
     LocalisedFiles() {
-        folder = fx.programData / "component";
-        std::filesystem::create_directories(folder);
-        for (const char* name : {"Ostrel.en.txt", "Ostrel.de.txt"}) {
-            std::filesystem::copy_file(
-                std::filesystem::path(fakes::pathOf(fx.environment.folder)) / name, folder / name);
-        }
-        fx.environment.folder = utf8Of(folder);
-        fx.locale.language = "de_DE.UTF-8";
+        fx.environment.folder = utf8Of(fx.programData);
+        fx.locale.language = "en_GB.UTF-8";
         fx.writeMarker();  // the log on: the help file's steps are written down
         ensureStarted();
     }
     // Creates the named files (and only those) in the folder.
-    void create(std::initializer_list<const char*> names) {
-        for (const char* name : names) writeBytes(folder / name, "x");
+    void create(const std::vector<const char*>& names) {
+        for (const char* name : names) fakes::writeBytes(fx.programData / name, "x");
     }
-    std::string in(const char* name) const { return utf8Of(folder / name); }
+    std::string in(const char* name) const { return utf8Of(fx.programData / name); }
 
     fakes::TestApartment fx;
-    std::filesystem::path folder;
 };
 
 TEST_F(LocalisedFiles, TriesSuffix2ThenSuffix1AndNeverThePlainFile) {
-    struct Case {
+    const struct {
         std::vector<const char*> files;
-        const char* underscored;  // what the first form finds
-        const char* direct;       // what the second form finds
+        const char* found;  // by the first form | by the second, "-" for none
     } cases[] = {
-        {{"Help.chm"}, "", ""},
-        {{"Help_de.chm", "Helpde.chm"}, "Help_de.chm", "Helpde.chm"},
-        {{"Help_de.chm", "Help_de-DE.chm", "Helpde-DE.chm"}, "Help_de-DE.chm", "Helpde-DE.chm"},
-        {{"Help_de-DE.chm", "Helpde.chm"}, "Help_de-DE.chm", "Helpde.chm"},
+        {{"Help.chm"}, "- | -"},
+        {{"Help_en.chm", "Helpen.chm"}, "Help_en.chm | Helpen.chm"},
+        {{"Help_en.chm", "Help_en-GB.chm", "Helpen-GB.chm"}, "Help_en-GB.chm | Helpen-GB.chm"},
+        {{"Help_en-GB.chm", "Helpen.chm"}, "Help_en-GB.chm | Helpen.chm"},
     };
-    for (const Case& c : cases) {
-        std::filesystem::remove_all(folder / "help");
-        std::filesystem::create_directories(folder / "help");
-        for (const char* name : c.files) writeBytes(folder / "help" / name, "x");
-        const std::string base = utf8Of(folder / "help" / "Help.chm");
-        auto expected = [&](const char* name) {
-            return *name ? utf8Of(folder / "help" / name) : std::string();
-        };
-        EXPECT_EQ(gfstrGetLocalisedFileName(base), expected(c.underscored)) << c.files[0];
-        EXPECT_EQ(gfstrGetLocalisedFileName(base, SuffixForm::Direct), expected(c.direct))
-            << c.files[0];
+    const auto name = [&](const std::string& file) {
+        return file.empty() ? "-" : file.substr(in("").size());
+    };
+    for (const auto& c : cases) {
+        create(c.files);
+        EXPECT_EQ(name(gfstrGetLocalisedFileName(in("Help.chm"))) + " | " +
+                      name(gfstrGetLocalisedFileName(in("Help.chm"), SuffixForm::Direct)),
+                  c.found);
+        for (const char* file : c.files) std::filesystem::remove(fx.programData / file);
     }
 }
 
@@ -74,52 +61,48 @@ TEST_F(LocalisedFiles, SetsTheHelpFileAndOpensItByItsKind) {
     msubSetLocalisedHelpFile("Guide.chm", entry);
     EXPECT_FALSE(entry.Enabled) << "only the base file: no help file";
     msubShowHelpFile(entry);
-    EXPECT_TRUE(fx.help.calls.empty());
 
-    create({"Guidede.CHM"});
+    create({"Guideen.CHM"});
     msubSetLocalisedHelpFile("Guide.CHM", entry);
     EXPECT_TRUE(entry.Enabled);
     msubShowHelpFile(entry);
-    ASSERT_EQ(fx.help.calls.size(), 1u);
-    EXPECT_EQ(fx.help.calls[0], "html|" + in("Guidede.CHM") + "|0|0")
+    EXPECT_EQ(fx.help.calls, std::vector<std::string>{"html|" + in("Guideen.CHM") + "|0|0"})
         << "the case of chm doesn't matter";
 
     // A name with no variant leaves the help file as it was.
     msubSetLocalisedHelpFile("Other.hlp", entry);
     EXPECT_TRUE(entry.Enabled);
-    EXPECT_EQ(apartment().helpFile, in("Guidede.CHM"));
+    EXPECT_EQ(apartment().helpFile, in("Guideen.CHM"));
 
-    create({"Oldde-DE.hlp"});
+    create({"Olden-GB.hlp"});
     fx.debugStream.texts.clear();
     msubSetLocalisedHelpFile("Old.hlp", entry);
     EXPECT_EQ(fx.debugStream.texts,
               (std::vector<std::string>{"BaseHelpFile = " + in("Old.hlp") + "\r\n",
-                                        "HelpFile = " + in("Oldde-DE.hlp") + "\r\n"}));
+                                        "HelpFile = " + in("Olden-GB.hlp") + "\r\n"}));
     msubShowHelpFile(entry);
-    EXPECT_EQ(fx.help.calls.back(), "win|" + in("Oldde-DE.hlp") + "|3");
+    EXPECT_EQ(fx.help.calls.back(), "win|" + in("Olden-GB.hlp") + "|3");
 }
 
 TEST_F(LocalisedFiles, DisplayErrorShapesAndStyle) {
-    struct Case {
+    const struct {
         int32_t number;
         const char* description;
         int32_t style;
-        const char* text;
-        int32_t shownStyle;
+        const char* shown;  // the style shown, then the text
     } cases[] = {
-        {91, "Object not set", 0, "frmAbout.Load\r\n91: Object not set", 48},
-        {91, "", 16, "frmAbout.Load\r\n91: ", 16},
-        {-2147024894, "x", 0, "frmAbout.Load\r\n-2147024894: x", 48},
-        {0, "Nothing to show", 64, "frmAbout.Load\r\n\r\nNothing to show", 64},
-        {0, "", 0, "frmAbout.Load", 48},
+        {91, "Object not set", 0, "48 frmAbout.Load\r\n91: Object not set"},
+        {91, "", 16, "16 frmAbout.Load\r\n91: "},
+        {-2147024894, "x", 0, "48 frmAbout.Load\r\n-2147024894: x"},
+        {0, "Nothing to show", 64, "64 frmAbout.Load\r\n\r\nNothing to show"},
+        {0, "", 0, "48 frmAbout.Load"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         fx.messageBox.shown.clear();
         gsubDisplayError("frmAbout.Load", c.number, c.description, c.style);
         ASSERT_EQ(fx.messageBox.shown.size(), 1u);
-        EXPECT_EQ(fx.messageBox.shown[0].text, c.text);
-        EXPECT_EQ(fx.messageBox.shown[0].style, c.shownStyle);
-        EXPECT_EQ(fx.messageBox.shown[0].title, "Ostrel");
+        EXPECT_EQ(std::to_string(fx.messageBox.shown[0].style) + " " + fx.messageBox.shown[0].text,
+                  c.shown);
     }
 }
 

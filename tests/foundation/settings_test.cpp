@@ -1,5 +1,7 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -8,13 +10,11 @@
 #include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "foundation/settings.h"
-#include "platform/adapters.h"
 
 namespace ostrel {
 namespace {
 
 using fakes::pathOf;
-using fakes::readBytes;
 
 // The settings routines against the platform's XML document object, a fake
 // lock and a fake older store.
@@ -33,25 +33,27 @@ class Settings : public ::testing::Test {
     }
     // The file as written, without the line end that some document objects add.
     std::string file() const {
-        std::string text = readBytes(pathOf(fx.dataFile("ot_settings.xml")));
+        std::string text = fakes::readBytes(pathOf(fx.dataFile("ot_settings.xml")));
         while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
         return text;
     }
-    bool fileExists() const {
-        return std::filesystem::exists(pathOf(fx.dataFile("ot_settings.xml")));
+    // How many debugger lines start with this text.
+    std::ptrdiff_t said(std::string_view start) const {
+        return std::ranges::count_if(
+            fx.debugStream.texts, [&](const std::string& text) { return text.starts_with(start); });
     }
-    // The debugger lines that start with this text.
-    std::vector<std::string> logged(std::string_view start) const {
-        std::vector<std::string> lines;
-        for (const std::string& text : fx.debugStream.texts) {
-            if (text.rfind(start, 0) == 0) lines.push_back(text);
-        }
-        return lines;
+    // How often reading or saving App:<setting> failed with an error that starts so.
+    std::ptrdiff_t failed(std::string_view verb, std::string_view setting,
+                          std::string_view error = "") const {
+        const std::string routine =
+            verb == "read" ? "[gfstrGetApplicationSetting]" : "[gsubSaveApplicationSetting]";
+        return said(routine + " Unable to " + std::string(verb) + " App:" + std::string(setting) +
+                    " setting.  ERROR: " + std::string(error));
     }
-    size_t lockCalls() const { return fx.namedMutex.calls.size(); }
-    // A new apartment: the next read loads the file again.
+    // A new apartment and an empty older store: the next read loads the file again.
     void restart() {
         fx.install();
+        fx.programSettings.values.clear();
         apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
     }
 
@@ -62,33 +64,30 @@ TEST_F(Settings, FirstReadLoadsUnderTheLockAndLaterReadsStayInMemory) {
     fx.writeSettings(
         "<?xml version=\"1.0\"?>\n<Settings>\n  <A>one</A>\n  <Empty/>\n</Settings>\n");
     EXPECT_EQ(read("Settings", "A"), "one");
-    EXPECT_EQ(fx.namedMutex.calls,
-              (std::vector<std::string>{"create QUORL_OSTREL_SETTINGS", "wait 1 3000", "release 1",
-                                        "close 1"}));
-
     std::filesystem::remove(pathOf(fx.dataFile("ot_settings.xml")));
     EXPECT_EQ(read("Settings", "A"), "one") << "no second load";
     EXPECT_EQ(read("Settings", "Empty"), "") << "an empty element is the empty string";
-    EXPECT_EQ(lockCalls(), 4u) << "no second lock";
-    EXPECT_EQ(fx.programSettings.reads, 0);
+    EXPECT_EQ(fx.namedMutex.calls,
+              (std::vector<std::string>{"create QUORL_OSTREL_SETTINGS", "wait 1 3000", "release 1",
+                                        "close 1"}))
+        << "the first load only";
 
     // A key that isn't in the file asks the older store every time.
     EXPECT_EQ(read("Settings", "B"), "d");
     EXPECT_EQ(read("Settings", "B"), "d");
     EXPECT_EQ(fx.programSettings.reads, 2);
-    EXPECT_FALSE(fileExists()) << "nothing to move, nothing saved";
 }
 
 TEST_F(Settings, AnOlderValueMovesIntoTheFileUnlessItIsTheDefaultInAnotherCase) {
     fx.programSettings.values["App\\Settings\\Same"] = "DEFAULT";
     EXPECT_EQ(read("Settings", "Same", "default"), "default") << "the default, letter for letter";
-    EXPECT_FALSE(fileExists());
+    EXPECT_EQ(file(), "") << "nothing saved";
 
     fx.programSettings.values["App\\Settings\\Moved"] = "older";
     EXPECT_EQ(read("Settings", "Moved"), "older");
     EXPECT_EQ(file(), "<Settings><Moved>older</Moved></Settings>");
     EXPECT_EQ(fx.programSettings.values.count("App\\Settings\\Moved"), 1u) << "left in the store";
-    EXPECT_TRUE(logged("Ostrel settings file not found").empty()) << "only with diagnostics on";
+    EXPECT_EQ(said("Ostrel settings file not found"), 0) << "only with diagnostics on";
 }
 
 TEST_F(Settings, SavesWriteOneSectionWithoutWhiteSpaceAndReloadEachTime) {
@@ -100,15 +99,12 @@ TEST_F(Settings, SavesWriteOneSectionWithoutWhiteSpaceAndReloadEachTime) {
     fx.writeSettings("<Settings><A>1</A><B>2</B><C>other</C></Settings>");
     save("Settings", "A", "3");
     EXPECT_EQ(file(), "<Settings><A>3</A><B>2</B><C>other</C></Settings>");
-    EXPECT_EQ(lockCalls(), 12u) << "each save takes and gives back the lock";
+    EXPECT_EQ(fx.namedMutex.calls.size(), 12u) << "each save takes and gives back the lock";
 
     // A second section can't be a second document element: the older store takes it.
     save("Other", "K", "v");
-    EXPECT_EQ(logged("[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: ").size(),
-              1u);
+    EXPECT_EQ(said("[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: "), 1);
     EXPECT_EQ(fx.programSettings.values["App\\Other\\K"], "v");
-    EXPECT_EQ(read("Other", "K"), "v") << "read back from the older store";
-    EXPECT_EQ(file(), "<Settings><A>3</A><B>2</B><C>other</C></Settings>");
 }
 
 TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
@@ -118,19 +114,14 @@ TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
     // The move saved it, and that save replaced the damaged file.
     EXPECT_EQ(file(), "<Settings><A>older</A></Settings>");
 
-    fx.install();
-    fx.programSettings.values.clear();
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    restart();
     fx.writeSettings("<Root><Settings><A>1</A></Settings></Root>");
     EXPECT_EQ(read("Settings", "A", "x"), "x");
     save("Settings", "A", "2");
     EXPECT_EQ(fx.programSettings.values["App\\Settings\\A"], "2");
-    EXPECT_EQ(file(), "<Root><Settings><A>1</A></Settings></Root>");
 
     // A DTD, whatever it declares, makes the file damaged on every platform.
-    fx.install();
-    fx.programSettings.values.clear();
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    restart();
     fx.writeSettings("<!DOCTYPE Settings [<!ENTITY e \"inside\">]><Settings><A>&e;</A></Settings>");
     EXPECT_EQ(read("Settings", "A", "x"), "x");
 }
@@ -140,46 +131,41 @@ TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
 TEST_F(Settings, SavesKeepTheEncodingTheFileDeclares) {
     const struct {
         const char* encoding;
-        const char* bytes;
+        const char* bytes;  // one byte a character, two in UTF-16
         const char* text;
     } declared[] = {
         {"ISO-8859-1", "caf\xE9", "café"},
         {"windows-1252", "\x80 caf\xE9 \x9C\x85\x8A", "€ café œ…Š"},
+        {"UTF-16", "caf\xE9", "café"},
     };
     for (const auto& d : declared) {
+        SCOPED_TRACE(d.encoding);
+        const std::string bom = d.encoding == std::string_view("UTF-16") ? "\xFF\xFE" : "";
+        const auto encoded = [&](const std::string& text) {
+            std::string bytes;
+            for (char c : text) bytes += bom.empty() ? std::string{c} : std::string{c, '\0'};
+            return bytes;
+        };
         restart();
-        fx.writeSettings(std::string("<?xml version=\"1.0\" encoding=\"") + d.encoding +
-                         "\"?>\r\n<Settings><A>" + d.bytes + "</A></Settings>");
+        fx.writeSettings(bom +
+                         encoded(std::string("<?xml version=\"1.0\" encoding=\"") + d.encoding +
+                                 "\"?>\r\n<Settings><A>" + d.bytes + "</A></Settings>"));
         for (const char* value : {"1", "2", "3"}) save("Settings", "B", value);
-        EXPECT_NE(file().find(std::string("<Settings><A>") + d.bytes + "</A><B>3</B></Settings>"),
-                  std::string::npos)
-            << file();
-        save("Settings", "C", "€ and ő");  // beyond either
+        EXPECT_THAT(file(), testing::StartsWith(bom));
+        EXPECT_THAT(file(), testing::HasSubstr(encoded(std::string("<Settings><A>") + d.bytes +
+                                                       "</A><B>3</B></Settings>")));
+        save("Settings", "C", "€ and ő");  // beyond either single-byte set
         save("Settings", "B", "4");
         restart();
-        EXPECT_EQ(read("Settings", "A"), d.text) << d.encoding;
-        EXPECT_EQ(read("Settings", "C"), "€ and ő") << d.encoding;
+        EXPECT_EQ(read("Settings", "A"), d.text);
+        EXPECT_EQ(read("Settings", "C"), "€ and ő");
     }
-
-    std::string wide = "\xFF\xFE";
-    for (char c : std::string(
-             "<?xml version=\"1.0\" encoding=\"UTF-16\"?><Settings><A>caf\xE9</A></Settings>"))
-        wide += {c, '\0'};
-    fx.writeSettings(wide);
-    for (const char* value : {"1", "2"}) save("Settings", "B", value);
-    EXPECT_TRUE(file().starts_with("\xFF\xFE<\0?\0x\0m\0l\0")) << "UTF-16 as declared";
-    restart();
-    EXPECT_EQ(read("Settings", "A"), "café");
-    EXPECT_EQ(read("Settings", "B"), "2");
 }
 
 // The values the read path gives are the same on every platform: the
 // document object's, which keeps no white space of its own.
 TEST_F(Settings, ValuesReadTheSameOnEveryPlatform) {
-    const struct {
-        const char* element;
-        const char* value;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"<A>  padded \t</A>", "padded"},
         {"<A> a  b\r\n c </A>", "a  b\n c"},
         {"<A>  \n </A>", ""},
@@ -189,43 +175,33 @@ TEST_F(Settings, ValuesReadTheSameOnEveryPlatform) {
         {"<A>&#32;a&#32;</A>", "a"},
         {"<A> a <!-- c --> b </A>", "a  b"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [element, value] : cases) {
         restart();
-        fx.writeSettings(std::string("<Settings>") + c.element + "</Settings>");
-        EXPECT_EQ(read("Settings", "A"), c.value) << c.element;
+        fx.writeSettings(std::string("<Settings>") + element + "</Settings>");
+        EXPECT_EQ(read("Settings", "A"), value) << element;
     }
 }
 
 TEST_F(Settings, FailuresEndInTheirMessagesAndTheDefault) {
     // A key that is no element name: the read fails before the older store.
     EXPECT_EQ(read("Settings", "a b"), "d");
-    ASSERT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[a b] setting.  "
-                     "ERROR: ")
-                  .size(),
-              1u);
+    EXPECT_EQ(failed("read", "Settings[a b]"), 1);
     EXPECT_EQ(fx.programSettings.reads, 0);
     save("Settings", "1x", "v");
-    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[1x] setting.  "
-                     "ERROR: ")
-                  .size(),
-              1u);
+    EXPECT_EQ(failed("save", "Settings[1x]"), 1);
     EXPECT_EQ(fx.namedMutex.calls.back(), "close 2") << "the lock is given back after a failure";
 
     // A missing data folder: the save fails and the folder is not made.
     std::filesystem::remove_all(pathOf(fx.dataFolder()));
     save("Settings", "A", "v");
-    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[A] setting.").size(),
-              1u);
+    EXPECT_EQ(failed("save", "Settings[A]"), 1);
     EXPECT_FALSE(std::filesystem::exists(fx.programData / "QUORL"));
 
     // An older store that refuses the value: the save's own message.
     fx.writeSettings("<Settings/>");
     fx.programSettings.saveFails = true;
     save("Other", "K", "v");
-    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Other[K] setting.  ERROR: "
-                     "Invalid procedure call or argument\r\n")
-                  .size(),
-              1u);
+    EXPECT_EQ(failed("save", "Other[K]", "Invalid procedure call or argument\r\n"), 1);
 }
 
 TEST_F(Settings, WithoutTheLockAReadGivesTheDefaultAndASaveStoresNothing) {
@@ -234,15 +210,12 @@ TEST_F(Settings, WithoutTheLockAReadGivesTheDefaultAndASaveStoresNothing) {
     fx.namedMutex.waitAnswer = platform::NamedMutexPort::kWaitTimeout;
 
     save("Settings", "A", "2");
-    EXPECT_EQ(file(), "<Settings><A>1</A></Settings>");
-    EXPECT_EQ(logged("[gsubSaveApplicationSetting]").size(), 0u) << "the save ends silently";
+    EXPECT_EQ(said("[gsubSaveApplicationSetting]"), 0) << "the save ends silently";
 
     EXPECT_EQ(read("Settings", "A"), "d");
-    EXPECT_EQ(logged("Failed getting mutex(QUORL_OSTREL_SETTINGS)").size(), 2u);
-    EXPECT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[A] setting.  "
-                     "ERROR: Object variable or With block variable not set\r\n")
-                  .size(),
-              1u);
+    EXPECT_EQ(said("Failed getting mutex(QUORL_OSTREL_SETTINGS)"), 2);
+    EXPECT_EQ(failed("read", "Settings[A]", "Object variable or With block variable not set\r\n"),
+              1);
     EXPECT_EQ(fx.programSettings.reads, 0) << "no older value is looked at";
 
     // The document is still missing, so the next read tries again.
@@ -253,18 +226,12 @@ TEST_F(Settings, WithoutTheLockAReadGivesTheDefaultAndASaveStoresNothing) {
 TEST_F(Settings, WithoutAnXmlObjectOrAnOlderStoreNothingRaises) {
     fx.ports.xml = nullptr;
     fx.ports.programSettings = nullptr;
-    fx.install();
-    apartment().gobjFileSystem = makeRef<FileSystemObject>(fx.ports.fileSystem);
+    restart();
     EXPECT_EQ(read("Settings", "A"), "d");
     save("Settings", "A", "v");
-    EXPECT_EQ(logged("[gfstrGetApplicationSetting] Unable to read App:Settings[A] setting.  "
-                     "ERROR: ActiveX component can't create object\r\n")
-                  .size(),
-              1u);
-    EXPECT_EQ(logged("[gsubSaveApplicationSetting] Unable to save App:Settings[A] setting.  "
-                     "ERROR: ActiveX component can't create object\r\n")
-                  .size(),
-              1u);
+    for (const char* verb : {"read", "save"}) {
+        EXPECT_EQ(failed(verb, "Settings[A]", "ActiveX component can't create object\r\n"), 1);
+    }
 }
 
 }  // namespace
