@@ -2,19 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "foundation/registry_keys.h"
 #include "platform/common/registry_regfile.h"
 
 namespace ostrel::platform {
 namespace {
-
-std::vector<std::string> subKeys(const RegistryKey& key) {
-    std::vector<std::string> names;
-    for (uint32_t i = 0; auto name = key.subKeyName(i); ++i) names.push_back(*name);
-    return names;
-}
 
 TEST(RegFileRegistry, LayersTextsAndDeletes) {
     RegFileRegistry registry;
@@ -34,21 +27,14 @@ TEST(RegFileRegistry, LayersTextsAndDeletes) {
         "[-HKEY_LOCAL_MACHINE\\Nowhere\\At\\All]\n",
         "overlay");
 
-    auto one = openKey(registry, "Q\\One");
-    ASSERT_TRUE(one);
-    EXPECT_EQ(one->stringValue("PartNumber"), "P1-new");
-    EXPECT_EQ(one->stringValue("Old"), std::nullopt);
-    EXPECT_EQ(one->stringValue(""), std::nullopt);
-    EXPECT_FALSE(openKey(registry, "Q\\Two\\Deep"));
-    auto three = openKey(registry, "Q\\Three");
-    ASSERT_TRUE(three);
-    EXPECT_EQ(three->stringValue("Ignored"), std::nullopt);
-    EXPECT_EQ(three->stringValue("Fresh"), "again");
+    EXPECT_EQ(valuesOf(openKey(registry, "Q\\One"), {"PartNumber", "Old", ""}),
+              "PartNumber=P1-new; Old=-; @=-");
+    EXPECT_EQ(valuesOf(openKey(registry, "Q\\Three"), {"Ignored", "Fresh"}),
+              "Ignored=-; Fresh=again");
     // Names keep the case they were first written with.
-    EXPECT_EQ(subKeys(*openKey(registry, "Q")), (std::vector<std::string>{"One", "Three"}));
+    EXPECT_EQ(keysOf(registry, ""), "Q(One Three)");
     // A key opened before its deletion stays readable.
-    ASSERT_TRUE(heldTwo);
-    EXPECT_EQ(heldTwo->dwordValue("x"), 1);
+    EXPECT_EQ(valuesOf(heldTwo, {"x"}), "x=#1");
 }
 
 // Keys in any order: found again while the file is read, in order afterwards.
@@ -62,20 +48,16 @@ TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
         "[HKEY_LOCAL_MACHINE\\k\\C\\deep]\n\"W\"=\"2\"\n"
         "[-HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b2]\n",
         "unordered");
-    EXPECT_EQ(subKeys(*openKey(registry, "K")),
-              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
-    auto deep = openKey(registry, "K\\C\\DEEP");
-    ASSERT_TRUE(deep);
-    EXPECT_EQ(deep->stringValue("V"), "1");
-    EXPECT_EQ(deep->stringValue("W"), "2");
+    const std::string ordered = "a b2 c(Deep) m z";
+    EXPECT_EQ(keysOf(registry, "K"), ordered);
+    EXPECT_EQ(valuesOf(openKey(registry, "K\\C\\DEEP"), {"V", "W"}), "V=1; W=2");
 
     // A bad file in any order leaves nothing behind either.
     EXPECT_THROW(registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
                                    "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
                                    "bad"),
                  RegFileError);
-    EXPECT_EQ(subKeys(*openKey(registry, "K")),
-              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+    EXPECT_EQ(keysOf(registry, "K"), ordered);
 
     // A key deleted after one of its own children was, both when it waits to
     // be put in order and when it is listed (a fuzzing find).
@@ -85,8 +67,7 @@ TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
         "[HKEY_LOCAL_MACHINE\\K\\zz\\x]\n[-HKEY_LOCAL_MACHINE\\K\\zz\\x]\n"
         "[-HKEY_LOCAL_MACHINE\\K\\zz]\n[-HKEY_LOCAL_MACHINE\\K\\b]\n",
         "nested deletes");
-    EXPECT_EQ(subKeys(*openKey(registry, "K")),
-              (std::vector<std::string>{"a", "b2", "c", "m", "z"}));
+    EXPECT_EQ(keysOf(registry, "K"), ordered);
 }
 
 // Hundreds of values in one key: written over in any case, deleted, written again.
@@ -100,56 +81,42 @@ TEST(RegFileRegistry, AKeyOfManyValuesKeepsEachByName) {
     registry.loadText(text, "many");
     auto key = openKey(registry, "Many");
     ASSERT_TRUE(key);
+    const std::optional<int32_t> byRest[] = {2, std::nullopt, 1};
     for (int i = 0; i < 300; ++i) {
-        const std::optional<int32_t> expected =
-            i == 1 ? 3 : (i % 3 == 0 ? 2 : (i % 3 == 1 ? std::optional<int32_t>() : 1));
-        EXPECT_EQ(key->dwordValue("v" + std::to_string(i)), expected) << i;
+        EXPECT_EQ(key->dwordValue("v" + std::to_string(i)), i == 1 ? 3 : byRest[i % 3]) << i;
     }
 }
 
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     RegFileRegistry registry;
     registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE]\n\"Root\"=\"r\"\n"
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE]\n\"N\"=\"root\"\n"
         "[HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\_under]\n"
         "[HKEY_LOCAL_MACHINE\\K\\Zed]\n[HKEY_LOCAL_MACHINE\\K\\a1]\n"
         "[HKEY_LOCAL_MACHINE\\K\\\xC3\xA4rger]\n[HKEY_LOCAL_MACHINE\\K\\A]\n"
         "[HKEY_LOCAL_MACHINE\\K\\10]\n[HKEY_LOCAL_MACHINE\\K\\B]\n",
         "order");
     // '_' sorts after the letters once they are upper-cased; "B" is "b" again.
-    EXPECT_EQ(subKeys(*openKey(registry, "k")),
-              (std::vector<std::string>{"10", "A", "a1", "b", "Zed", "_under", "\xC3\xA4rger"}));
+    EXPECT_EQ(keysOf(registry, "k"), "10 A a1 b Zed _under \xC3\xA4rger");
     EXPECT_TRUE(openKey(registry, "K\\\xC3\x84RGER"));
-    // Walked forwards, backwards and across keys, every open finds its own key.
+    // Walked forwards, backwards and across keys, every open finds its own
+    // key; so does a key right under the root followed by a child named like
+    // the key's next sibling: the child is looked for, not the sibling taken
+    // (a fuzzing find).
     registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\A]\n\"N\"=\"A\"\n[HKEY_LOCAL_MACHINE\\K\\b]\n"
-        "\"N\"=\"b\"\n[HKEY_LOCAL_MACHINE\\L\\Zed]\n\"N\"=\"L\"\n"
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K]\n\"N\"=\"K\"\n[HKEY_LOCAL_MACHINE\\K\\A]\n\"N\"=\"A\"\n"
+        "[HKEY_LOCAL_MACHINE\\K\\b]\n\"N\"=\"b\"\n[HKEY_LOCAL_MACHINE\\L\\Zed]\n\"N\"=\"L\"\n"
         "[HKEY_LOCAL_MACHINE\\K\\Zed]\n\"N\"=\"Zed\"\n",
         "named");
-    for (const char* path : {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed",
-                             "K\\Zed", "K\\missing", "K\\Zed"}) {
-        auto key = openKey(registry, path);
-        if (std::string_view(path) == "K\\missing") {
-            EXPECT_FALSE(key);
-            continue;
-        }
-        ASSERT_TRUE(key) << path;
-        const std::string leaf = std::string(path).substr(2);
-        const auto expected = std::string(path).front() == 'L' ? std::optional<std::string>("L")
-                              : leaf == "a1"
-                                  ? std::nullopt
-                                  : std::optional<std::string>(leaf == "zed" ? "Zed" : leaf);
-        EXPECT_EQ(key->stringValue("N"), expected) << path;
+    std::string walked;
+    for (const char* path :
+         {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed", "K\\Zed",
+          "K\\missing", "K\\Zed", "K", "K\\L", "K", "L", "", "k\\zed\\", "K\\Missing"}) {
+        walked += valuesOf(openKey(registry, path), {"N"}) + ", ";
     }
-    // A key right under the root, then a child named like the key's next
-    // sibling: the child is looked for, not the sibling taken (a fuzzing find).
-    EXPECT_TRUE(openKey(registry, "K"));
-    EXPECT_FALSE(openKey(registry, "K\\L"));
-    EXPECT_TRUE(openKey(registry, "K"));
-    EXPECT_EQ(openKey(registry, "L")->subKeyName(0), "Zed");
-    EXPECT_EQ(openKey(registry, "")->stringValue("Root"), "r");
-    EXPECT_TRUE(openKey(registry, "k\\zed\\"));
-    EXPECT_FALSE(openKey(registry, "K\\Missing"));
+    EXPECT_EQ(walked,
+              "N=A, N=-, N=b, N=Zed, N=L, N=b, N=A, N=Zed, N=Zed, no key, N=Zed, N=K, no key, N=K, "
+              "N=-, N=root, N=Zed, no key, ");
     EXPECT_FALSE(openKey(registry, "K", kHiveUsers));
     int32_t code = 0;
     EXPECT_FALSE(registry.open(4, "", 1, code));  // no such hive
@@ -176,18 +143,10 @@ TEST(RegFileRegistry, ABadFileUndoesWhatItChangedBeforeItsError) {
                           "\"Broken\"=nonsense\n",
                           "bad"),
         RegFileError);
-    EXPECT_EQ(subKeys(*openKey(registry, "")), (std::vector<std::string>{"Q"}));
-    EXPECT_EQ(subKeys(*openKey(registry, "Q")), (std::vector<std::string>{"Gone", "Keep"}));
-    EXPECT_EQ(subKeys(*openKey(registry, "Q\\Gone")), (std::vector<std::string>{"Below"}));
-    auto keep = openKey(registry, "Q\\Keep");
-    ASSERT_TRUE(keep);
-    EXPECT_EQ(subKeys(*keep), std::vector<std::string>{});
-    EXPECT_EQ(keep->stringValue("Same"), "s");
-    EXPECT_EQ(keep->stringValue("Changed"), "old");
-    EXPECT_EQ(keep->dwordValue("Erased"), 7);
-    EXPECT_EQ(keep->stringValue("Added"), std::nullopt);
-    EXPECT_EQ(held->stringValue("X"), "x");
-    EXPECT_TRUE(openKey(registry, "Q\\Gone\\Below"));
+    EXPECT_EQ(keysOf(registry, ""), "Q(Gone(Below) Keep)");
+    EXPECT_EQ(valuesOf(openKey(registry, "Q\\Keep"), {"Same", "Changed", "Erased", "Added"}),
+              "Same=s; Changed=old; Erased=#7; Added=-");
+    EXPECT_EQ(valuesOf(held, {"X"}), "X=x");
 }
 
 }  // namespace
