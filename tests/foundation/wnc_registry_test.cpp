@@ -91,43 +91,38 @@ TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
     // The catalogue's walk: the parent enumerates while a second instance
     // opens each child in turn without closing anything.
     std::vector<std::string> seen;
-    std::string name;
-    for (bool more = parent.EnumFirstSubKey(name); more; more = parent.EnumNextSubKey(name)) {
+    for (std::string name = enumSubKeyName(parent, true); !name.empty();
+         name = enumSubKeyName(parent, false)) {
         child.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\" + name, kKeyRead, 0);
         seen.push_back(name + "=" + gfstrGetRegValue(&child, "PartNumber", "none"));
     }
     EXPECT_EQ(seen, (std::vector<std::string>{"alpha=PN-1", "Beta= PN-2 ", "Gamma=none"}));
-    EXPECT_FALSE(parent.EnumNextSubKey(name));
+    EXPECT_EQ(enumSubKeyName(parent, false), "");
 
     // Re-opening resets the position; EnumFirstSubKey does too.
-    ASSERT_TRUE(parent.EnumFirstSubKey(name) && parent.EnumNextSubKey(name));
-    EXPECT_EQ(name, "Beta");
+    EXPECT_EQ(enumSubKeyName(parent, true), "alpha");
+    EXPECT_EQ(enumSubKeyName(parent, false), "Beta");
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar", kKeyRead, 0);
-    ASSERT_TRUE(parent.EnumNextSubKey(name));
-    EXPECT_EQ(name, "alpha");
-
+    EXPECT_EQ(enumSubKeyName(parent, false), "alpha");
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Gamma", kKeyRead, 0);
-    EXPECT_FALSE(parent.EnumFirstSubKey(name));
+    EXPECT_EQ(enumSubKeyName(parent, true), "");
 }
 
 TEST_F(WNCRegistryTest, ReadsValuesAndDefaultsNeverRaise) {
-    EXPECT_EQ(gfstrGetRegValue(nullptr, "PartNumber", "dflt"), "dflt");
-    EXPECT_EQ(gflngGetRegValue(nullptr, "Build", 9), 9);
-
+    // Each value as a string and as a number, with the defaults "dflt" and 9.
+    const auto reads = [](WNCRegistry* registry) {
+        return gfstrGetRegValue(registry, "partnumber", "dflt") + "|" +
+               gfstrGetRegValue(registry, "Build", "dflt") + "|" +
+               std::to_string(gflngGetRegValue(registry, "Build", 9)) + "|" +
+               std::to_string(gflngGetRegValue(registry, "PartNumber", 9));
+    };
+    EXPECT_EQ(reads(nullptr), "dflt|dflt|9|9");
     WNCRegistry registry;
-    EXPECT_EQ(gfstrGetRegValue(&registry, "PartNumber", "dflt"), "dflt");  // no key open
+    EXPECT_EQ(reads(&registry), "dflt|dflt|9|9") << "no key open";
     registry.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Beta", kKeyRead, 0);
-    std::string text;
-    EXPECT_TRUE(registry.GetStringValue("partnumber", text));
-    EXPECT_EQ(text, " PN-2 ");
-    EXPECT_EQ(gflngGetRegValue(&registry, "Build", 9), -2);
-    EXPECT_EQ(gfstrGetRegValue(&registry, "Build", "dflt"), "dflt");  // a dword isn't a string
-    EXPECT_EQ(gflngGetRegValue(&registry, "PartNumber", 9), 9);
-    EXPECT_EQ(gflngGetRegValue(&registry, "Missing", 0), 0);
-
+    EXPECT_EQ(reads(&registry), " PN-2 |dflt|-2|9") << "a dword is no string, a string no dword";
     registry.OpenKey(2, "Broken", kKeyRead, 0);
-    EXPECT_EQ(gfstrGetRegValue(&registry, "PartNumber", "dflt"), "dflt");
-    EXPECT_EQ(gflngGetRegValue(&registry, "Build", 9), 9);
+    EXPECT_EQ(reads(&registry), "dflt|dflt|9|9");
 }
 
 }  // namespace
