@@ -23,13 +23,10 @@ class RegFile : public ::testing::Test {
         fakes::writeBytes(path, bytes);
         return fakes::utf8Of(path);
     }
+    // As the machines this runs on hold UTF-16: little-endian.
     static std::string utf16LeWithBom(const std::string& utf8) {
-        std::string bytes = "\xFF\xFE";
-        for (char16_t unit : toUtf16(utf8)) {
-            bytes += static_cast<char>(unit & 0xFF);
-            bytes += static_cast<char>(unit >> 8);
-        }
-        return bytes;
+        const std::u16string units = u'\xFEFF' + toUtf16(utf8);
+        return std::string(reinterpret_cast<const char*>(units.data()), 2 * units.size());
     }
 
     fakes::TestApartment fx;
