@@ -9,14 +9,20 @@
 namespace ostrel::platform {
 namespace {
 
+// Layers a REGEDIT4 text of keys under HKEY_LOCAL_MACHINE: "[Q]" stands for
+// "[HKEY_LOCAL_MACHINE\Q]", "[-Q]" for its deletion and "[]" for the root.
+void layer(RegFileRegistry& registry, std::string_view keys) {
+    std::string text = "REGEDIT4\n" + std::string(keys);
+    for (std::size_t at = 0; (at = text.find('[', at)) != std::string::npos; ++at)
+        text.insert(at + 1 + (text[at + 1] == '-'), "HKEY_LOCAL_MACHINE\\");
+    registry.loadText(text, "keys.reg");
+}
+
 TEST(RegFileRegistry, LayersTextsAndDeletes) {
     RegFileRegistry registry;
-    registry.loadText(
-        "REGEDIT4\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\One]\n\"PartNumber\"=\"P1\"\n\"Old\"=\"x\"\n@=\"default\"\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\Two\\Deep]\n\"X\"=dword:1\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\Three]\n",
-        "base");
+    layer(registry,
+          "[Q\\One]\n\"PartNumber\"=\"P1\"\n\"Old\"=\"x\"\n@=\"default\"\n"
+          "[Q\\Two\\Deep]\n\"X\"=dword:1\n[Q\\Three]\n");
     auto heldTwo = openKey(registry, "Q\\Two\\Deep");
     registry.loadText(
         "Windows Registry Editor Version 5.00\n"
@@ -40,62 +46,48 @@ TEST(RegFileRegistry, LayersTextsAndDeletes) {
 // Keys in any order: found again while the file is read, in order afterwards.
 TEST(RegFileRegistry, KeysOutOfOrderAreFoundAgainAndEndInOrder) {
     RegFileRegistry registry;
-    registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\m]\n", "base");
-    registry.loadText(
-        "REGEDIT4\n"
-        "[HKEY_LOCAL_MACHINE\\K\\z]\n[HKEY_LOCAL_MACHINE\\K\\c\\Deep]\n\"V\"=\"1\"\n"
-        "[HKEY_LOCAL_MACHINE\\K\\a]\n[HKEY_LOCAL_MACHINE\\K\\B]\n"
-        "[HKEY_LOCAL_MACHINE\\k\\C\\deep]\n\"W\"=\"2\"\n"
-        "[-HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b2]\n",
-        "unordered");
+    layer(registry, "[K\\m]\n");
+    layer(registry,
+          "[K\\z]\n[K\\c\\Deep]\n\"V\"=\"1\"\n[K\\a]\n[K\\B]\n[k\\C\\deep]\n\"W\"=\"2\"\n"
+          "[-K\\b]\n[K\\b2]\n");
     const std::string ordered = "a b2 c(Deep) m z";
     EXPECT_EQ(keysOf(registry, "K"), ordered);
     EXPECT_EQ(valuesOf(openKey(registry, "K\\C\\DEEP"), {"V", "W"}), "V=1; W=2");
 
     // A bad file in any order leaves nothing behind either.
-    EXPECT_THROW(registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\y]\n"
-                                   "[HKEY_LOCAL_MACHINE\\K\\d]\nbroken\n",
-                                   "bad"),
-                 RegFileError);
+    EXPECT_THROW(layer(registry, "[K\\y]\n[K\\d]\nbroken\n"), RegFileError);
     EXPECT_EQ(keysOf(registry, "K"), ordered);
 
     // A key deleted after one of its own children was, both when it waits to
     // be put in order and when it is listed (a fuzzing find).
-    registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\b\\x\\y]\n"
-        "[-HKEY_LOCAL_MACHINE\\K\\b\\x\\y]\n[-HKEY_LOCAL_MACHINE\\K\\b\\x]\n"
-        "[HKEY_LOCAL_MACHINE\\K\\zz\\x]\n[-HKEY_LOCAL_MACHINE\\K\\zz\\x]\n"
-        "[-HKEY_LOCAL_MACHINE\\K\\zz]\n[-HKEY_LOCAL_MACHINE\\K\\b]\n",
-        "nested deletes");
+    layer(registry,
+          "[K\\b]\n[K\\b\\x\\y]\n[-K\\b\\x\\y]\n[-K\\b\\x]\n"
+          "[K\\zz\\x]\n[-K\\zz\\x]\n[-K\\zz]\n[-K\\b]\n");
     EXPECT_EQ(keysOf(registry, "K"), ordered);
 }
 
 // Hundreds of values in one key: written over in any case, deleted, written again.
 TEST(RegFileRegistry, AKeyOfManyValuesKeepsEachByName) {
-    std::string text = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\Many]\n";
+    std::string text = "[Many]\n";
     for (int i = 0; i < 300; ++i) text += "\"V" + std::to_string(i) + "\"=dword:1\n";
     for (int i = 0; i < 300; i += 3) text += "\"v" + std::to_string(i) + "\"=dword:2\n";
-    for (int i = 1; i < 300; i += 3) text += "\"V" + std::to_string(i) + "\"=-\n";
+    for (int i = 1; i < 300; i += 3) text += "\"v" + std::to_string(i) + "\"=-\n";
     text += "\"V1\"=dword:3\n";
     RegFileRegistry registry;
-    registry.loadText(text, "many");
+    layer(registry, text);
     auto key = openKey(registry, "Many");
     ASSERT_TRUE(key);
     const std::optional<int32_t> byRest[] = {2, std::nullopt, 1};
     for (int i = 0; i < 300; ++i) {
-        EXPECT_EQ(key->dwordValue("v" + std::to_string(i)), i == 1 ? 3 : byRest[i % 3]) << i;
+        EXPECT_EQ(key->dwordValue("V" + std::to_string(i)), i == 1 ? 3 : byRest[i % 3]) << i;
     }
 }
 
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     RegFileRegistry registry;
-    registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE]\n\"N\"=\"root\"\n"
-        "[HKEY_LOCAL_MACHINE\\K\\b]\n[HKEY_LOCAL_MACHINE\\K\\_under]\n"
-        "[HKEY_LOCAL_MACHINE\\K\\Zed]\n[HKEY_LOCAL_MACHINE\\K\\a1]\n"
-        "[HKEY_LOCAL_MACHINE\\K\\\xC3\xA4rger]\n[HKEY_LOCAL_MACHINE\\K\\A]\n"
-        "[HKEY_LOCAL_MACHINE\\K\\10]\n[HKEY_LOCAL_MACHINE\\K\\B]\n",
-        "order");
+    layer(registry,
+          "[]\n\"N\"=\"root\"\n[K\\b]\n[K\\_under]\n[K\\Zed]\n[K\\a1]\n[K\\\xC3\xA4rger]\n[K\\A]\n"
+          "[K\\10]\n[K\\B]\n");
     // '_' sorts after the letters once they are upper-cased; "B" is "b" again.
     EXPECT_EQ(keysOf(registry, "k"), "10 A a1 b Zed _under \xC3\xA4rger");
     EXPECT_TRUE(openKey(registry, "K\\\xC3\x84RGER"));
@@ -103,11 +95,9 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     // key; so does a key right under the root followed by a child named like
     // the key's next sibling: the child is looked for, not the sibling taken
     // (a fuzzing find).
-    registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\K]\n\"N\"=\"K\"\n[HKEY_LOCAL_MACHINE\\K\\A]\n\"N\"=\"A\"\n"
-        "[HKEY_LOCAL_MACHINE\\K\\b]\n\"N\"=\"b\"\n[HKEY_LOCAL_MACHINE\\L\\Zed]\n\"N\"=\"L\"\n"
-        "[HKEY_LOCAL_MACHINE\\K\\Zed]\n\"N\"=\"Zed\"\n",
-        "named");
+    layer(registry,
+          "[K]\n\"N\"=\"K\"\n[K\\A]\n\"N\"=\"A\"\n[K\\b]\n\"N\"=\"b\"\n[L\\Zed]\n\"N\"=\"L\"\n"
+          "[K\\Zed]\n\"N\"=\"Zed\"\n");
     std::string walked;
     for (const char* path :
          {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed", "K\\Zed",
@@ -125,24 +115,15 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
 
 TEST(RegFileRegistry, ABadFileUndoesWhatItChangedBeforeItsError) {
     RegFileRegistry registry;
-    registry.loadText(
-        "REGEDIT4\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Same\"=\"s\"\n\"Changed\"=\"old\"\n\"Erased\"=dword:7\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Below]\n\"X\"=\"x\"\n",
-        "base");
+    layer(registry,
+          "[Q\\Keep]\n\"Same\"=\"s\"\n\"Changed\"=\"old\"\n\"Erased\"=dword:7\n"
+          "[Q\\Gone\\Below]\n\"X\"=\"x\"\n");
     auto held = openKey(registry, "Q\\Gone\\Below");
-    EXPECT_THROW(
-        registry.loadText("REGEDIT4\n"
-                          "[HKEY_LOCAL_MACHINE\\Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n"
-                          "\"Added\"=\"a\"\n\"changed\"=\"newer\"\n"
-                          "[HKEY_LOCAL_MACHINE\\Q\\Keep\\Child]\n"
-                          "[-HKEY_LOCAL_MACHINE\\Q\\Gone]\n"
-                          "[HKEY_LOCAL_MACHINE\\Q\\Gone\\Other]\n"
-                          "[HKEY_LOCAL_MACHINE\\Q\\New]\n\"N\"=\"n\"\n"
-                          "[HKEY_LOCAL_MACHINE\\R]\n"
-                          "\"Broken\"=nonsense\n",
-                          "bad"),
-        RegFileError);
+    EXPECT_THROW(layer(registry,
+                       "[Q\\Keep]\n\"Changed\"=\"new\"\n\"Erased\"=-\n\"Added\"=\"a\"\n"
+                       "\"changed\"=\"newer\"\n[Q\\Keep\\Child]\n[-Q\\Gone]\n[Q\\Gone\\Other]\n"
+                       "[Q\\New]\n\"N\"=\"n\"\n[R]\n\"Broken\"=nonsense\n"),
+                 RegFileError);
     EXPECT_EQ(keysOf(registry, ""), "Q(Gone(Below) Keep)");
     EXPECT_EQ(valuesOf(openKey(registry, "Q\\Keep"), {"Same", "Changed", "Erased", "Added"}),
               "Same=s; Changed=old; Erased=#7; Added=-");
