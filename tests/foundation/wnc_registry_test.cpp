@@ -51,11 +51,9 @@ class WNCRegistryTest : public ::testing::Test {
     void SetUp() override {
         fx.loadRegistry(
             "Windows Registry Editor Version 5.00\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n"
-            "\"PartNumber\"=\" PN-2 \"\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n\"PartNumber\"=\" PN-2 \"\n"
             "\"Build\"=dword:fffffffe\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n"
-            "\"PartNumber\"=\"PN-1\"\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n\"PartNumber\"=\"PN-1\"\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
         fx.use(&platform::Ports::registry, &port);
     }
