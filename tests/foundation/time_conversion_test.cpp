@@ -44,7 +44,6 @@ TEST_F(TimeConversion, AtGmtBothWaysGiveTheInputWithoutTheFractionOfASecond) {
 
 TEST_F(TimeConversion, ToGmtSubtractsTheOffsetInForceNowWhateverTheDate) {
     fx.timeZone.nowOffset = -5 * 60;  // west of GMT, in winter
-    fx.timeZone.ruleOfDate = [](const platform::SystemTimeRecord&) { return 0; };
     EXPECT_EQ(text(gfdatConvertToGMT(at(2023, 12, 31, 23, 30, 0))), "2024-01-01 04:30:00")
         << "the date comes from the converted record";
     EXPECT_EQ(text(gfdatConvertToGMT(at(2024, 3, 10, 2, 30, 0))), "2024-03-10 07:30:00")
