@@ -53,7 +53,7 @@ const char* const kVersion5 =
     "[HKEY_CURRENT_USER\\Software]\r\n"
     "\"User\"=\"yes\"\r\n";
 
-TEST_F(RegFile, ReadsEveryValueKindFromUtf16AndUtf8FilesInPieces) {
+TEST_F(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
     // First a value of characters of two UTF-16 units each, long enough to
     // span a read: of two UTF-16 files a unit apart, one splits a pair where
     // the first read ends.
@@ -77,16 +77,13 @@ TEST_F(RegFile, ReadsEveryValueKindFromUtf16AndUtf8FilesInPieces) {
                   "Absent=-");
         EXPECT_EQ(valuesOf(openKey(registry, "software", kHiveCurrentUser), {"USER"}), "USER=yes");
     }
-}
 
-TEST_F(RegFile, Regedit4FileIsAnsi) {
-    // hex(2) holds single bytes here; a file that isn't UTF-8 is Windows-1252.
+    // REGEDIT4: hex(2) holds single bytes; a line that isn't UTF-8 is Windows-1252.
     RegFileRegistry registry;
-    registry.loadFile(file("regedit4",
-                           "REGEDIT4\n"
-                           "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\n"
-                           "\"Expand\"=hex(2):25,54,45,4d,50,25,5c,e9,00\n"
-                           "\"Name\"=\"Caf\xE9 \x80\"\n"));
+    registry.loadText(
+        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\n"
+        "\"Expand\"=hex(2):25,54,45,4d,50,25,5c,e9,00\n\"Name\"=\"Caf\xE9 \x80\"\n",
+        "regedit4.reg");
     EXPECT_EQ(valuesOf(openKey(registry, "SOFTWARE\\QUORL"), {"Name", "Expand"}),
               "Name=Caf\xC3\xA9 \xE2\x82\xAC; Expand=%TEMP%\\\xC3\xA9");
 }
@@ -130,22 +127,18 @@ TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
     deepest.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\" + levels(512) + "]\n", "deepest.reg");
     EXPECT_TRUE(openKey(deepest, levels(512)));
 
-    // A file's errors count UTF-16 lines; a missing file is named.
-    const auto failsWith = [&](const std::string& path, const std::string& start) {
-        EXPECT_THAT([&] { registry.loadFile(path); },
-                    ThrowsMessage<RegFileError>(StartsWith(start)));
-    };
-    const std::string bad = file("bad", utf16LeWithBom("Windows Registry Editor Version 5.00\r\n"
-                                                       "[HKEY_LOCAL_MACHINE\\Good]\r\n\r\n"
-                                                       "\"W\"=dword:nothex\r\n"));
-    failsWith(bad, bad + ":4: ");
-    const std::string odd =
-        file("odd", utf16LeWithBom("REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\Good]\r\n") + "\n");
-    failsWith(odd, odd + ":3: ");
+    // UTF-16 lines count, and a file may end in half a unit.
+    expectRejected(utf16LeWithBom("Windows Registry Editor Version 5.00\r\n"
+                                  "[HKEY_LOCAL_MACHINE\\Good]\r\n\r\n\"W\"=dword:nothex\r\n"),
+                   4);
+    expectRejected(utf16LeWithBom("REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\Good]\r\n") + "\n", 3);
+    // A file that can't be read is named.
     const std::string missing = fakes::utf8Of(fx.programData / "missing.reg");
-    failsWith(missing, missing + ": ");
+    EXPECT_THAT([&] { registry.loadFile(missing); },
+                ThrowsMessage<RegFileError>(StartsWith(missing + ": ")));
     const std::string folder = fakes::utf8Of(fx.programData);
-    failsWith(folder, folder + ": is a directory");
+    EXPECT_THAT([&] { registry.loadFile(folder); },
+                ThrowsMessage<RegFileError>(StartsWith(folder + ": is a directory")));
     // Nothing of any bad text or file stayed.
     EXPECT_EQ(keysOf(registry, ""), "0kept");
 }
