@@ -15,22 +15,11 @@ namespace {
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-// .reg files on disk, in the test's temporary folder.
-class RegFile : public ::testing::Test {
-  protected:
-    std::string file(const std::string& name, const std::string& bytes) {
-        const auto path = fx.programData / (name + ".reg");
-        fakes::writeBytes(path, bytes);
-        return fakes::utf8Of(path);
-    }
-    // As the machines this runs on hold UTF-16: little-endian.
-    static std::string utf16LeWithBom(const std::string& utf8) {
-        const std::u16string units = u'\xFEFF' + toUtf16(utf8);
-        return std::string(reinterpret_cast<const char*>(units.data()), 2 * units.size());
-    }
-
-    fakes::TestApartment fx;
-};
+// As the machines this runs on hold UTF-16: little-endian.
+std::string utf16LeWithBom(const std::string& utf8) {
+    const std::u16string units = u'\xFEFF' + toUtf16(utf8);
+    return std::string(reinterpret_cast<const char*>(units.data()), 2 * units.size());
+}
 
 // Every value kind of a version 5 export, as regedit writes it.
 const char* const kVersion5 =
@@ -53,7 +42,7 @@ const char* const kVersion5 =
     "[HKEY_CURRENT_USER\\Software]\r\n"
     "\"User\"=\"yes\"\r\n";
 
-TEST_F(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
+TEST(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
     // First a value of characters of two UTF-16 units each, long enough to
     // span a read: of two UTF-16 files a unit apart, one splits a pair where
     // the first read ends.
@@ -63,10 +52,13 @@ TEST_F(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
     text.insert(text.find("[HKEY"),
                 "[HKEY_LOCAL_MACHINE\\Big]\r\n\"Smiles\"=\"" + smiles + "\"\r\n");
     const std::string shifted = std::string(text).insert(text.find(';'), ";");
+    fakes::TestApartment fx;
+    const auto file = fx.programData / "v5.reg";
     for (const std::string& bytes :
          {utf16LeWithBom(text), utf16LeWithBom(shifted), text, "\xEF\xBB\xBF" + text}) {
+        fakes::writeBytes(file, bytes);
         RegFileRegistry registry;
-        registry.loadFile(file("v5", bytes));
+        registry.loadFile(fakes::utf8Of(file));
         EXPECT_TRUE(valuesOf(openKey(registry, "Big"), {"Smiles"}) == "Smiles=" + smiles);
         // Other kinds are there but are neither strings nor dwords.
         EXPECT_EQ(valuesOf(openKey(registry, "SOFTWARE\\QUORL\\Caf\xC3\xA9"),
@@ -88,7 +80,8 @@ TEST_F(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
               "Name=Caf\xC3\xA9 \xE2\x82\xAC; Expand=%TEMP%\\\xC3\xA9");
 }
 
-TEST_F(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
+TEST(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
+    fakes::TestApartment fx;
     RegFileRegistry registry;
     // Listed first: a key that a bad text left behind would be listed after it.
     registry.loadText("REGEDIT4\n[HKEY_LOCAL_MACHINE\\0kept]\n", "good.reg");

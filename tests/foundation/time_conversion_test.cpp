@@ -88,17 +88,11 @@ TEST_F(TimeConversion, OnlyToGmtWrapsItsFailureNowGmtPassesItOn) {
 
 // The real calls in the zone the test run was started in (see
 // tests/CMakeLists.txt: TZ for Linux, and the zone Wine takes from it).
-class SystemTimeZone : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        if (!std::getenv("OSTREL_ZONE_UNDER_TEST")) GTEST_SKIP() << "run in its zone by ctest only";
-        fx.ports.timeZone = &platform::systemTimeZone();
-        fx.use(&platform::Ports::clock, &platform::systemClock());
-    }
+TEST(SystemTimeZone, EasternTimeByTheRuleOfTheDateBackAndTheOffsetNowThere) {
+    if (!std::getenv("OSTREL_ZONE_UNDER_TEST")) GTEST_SKIP() << "run in its zone by ctest only";
     fakes::TestApartment fx;
-};
-
-TEST_F(SystemTimeZone, EasternTimeByTheRuleOfTheDateBackAndTheOffsetNowThere) {
+    fx.ports.timeZone = &platform::systemTimeZone();
+    fx.use(&platform::Ports::clock, &platform::systemClock());
     EXPECT_EQ(text(gfdatConvertFromGMT(at(2024, 1, 15, 12, 0, 0))), "2024-01-15 07:00:00");
     EXPECT_EQ(text(gfdatConvertFromGMT(at(2024, 7, 15, 12, 0, 0))), "2024-07-15 08:00:00");
 
