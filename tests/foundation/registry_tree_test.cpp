@@ -4,7 +4,6 @@
 #include <string>
 
 #include "foundation/registry_keys.h"
-#include "platform/common/registry_regfile.h"
 
 namespace ostrel::platform {
 namespace {
