@@ -27,23 +27,19 @@ class BrokenKey : public RegistryKey {
     [[noreturn]] static std::nullopt_t broken() { throw std::runtime_error("broken"); }
 };
 
-// Records the hive and access that reach the port, and answers with a broken
-// key, a refusal or the apartment's .reg registry.
-class RecordingPort : public platform::RegistryPort {
+// A .reg registry that records the hive and access that reach it, and answers
+// with a broken key or a refusal where the path says so.
+class RecordingPort : public platform::RegFileRegistry {
   public:
-    explicit RecordingPort(platform::RegistryPort& files) : files_(files) {}
     std::unique_ptr<RegistryKey> open(int32_t hive, std::string_view path, int32_t access,
                                       int32_t& errorCode) override {
         calls.push_back({hive, access});
         errorCode = path == "Refused" ? 5 : 0;
         if (path == "Broken") return std::make_unique<BrokenKey>();
         if (path == "Refused") return nullptr;
-        return files_.open(hive, path, access, errorCode);
+        return RegFileRegistry::open(hive, path, access, errorCode);
     }
     std::vector<std::pair<int32_t, int32_t>> calls;
-
-  private:
-    platform::RegistryPort& files_;
 };
 
 // Each value of the key as a string and as a number, the defaults "dflt" and 9.
@@ -57,17 +53,18 @@ std::string reads(WNCRegistry* registry) {
 class WNCRegistryTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        fx.loadRegistry(
+        port.loadText(
             "Windows Registry Editor Version 5.00\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n\"PartNumber\"=\" PN-2 \"\n"
             "\"Build\"=dword:fffffffe\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n\"PartNumber\"=\"PN-1\"\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n",
+            "toolbar.reg");
         fx.use(&platform::Ports::registry, &port);
     }
 
     fakes::TestApartment fx;
-    RecordingPort port{fx.registry};
+    RecordingPort port;
 };
 
 TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAnswersFalse) {
