@@ -70,10 +70,11 @@ TEST(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
         EXPECT_EQ(valuesOf(openKey(registry, "software", kHiveCurrentUser), {"USER"}), "USER=yes");
     }
 
-    // REGEDIT4: hex(2) holds single bytes; a line that isn't UTF-8 is Windows-1252.
+    // REGEDIT4: hex(2) holds single bytes, a line that isn't UTF-8 is
+    // Windows-1252; and a root key's name may come in any case.
     RegFileRegistry registry;
     registry.loadText(
-        "REGEDIT4\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\n"
+        "REGEDIT4\n[hkey_local_machine\\SOFTWARE\\QUORL]\n"
         "\"Expand\"=hex(2):25,54,45,4d,50,25,5c,e9,00\n\"Name\"=\"Caf\xE9 \x80\"\n",
         "regedit4.reg");
     EXPECT_EQ(valuesOf(openKey(registry, "SOFTWARE\\QUORL"), {"Name", "Expand"}),

@@ -23,14 +23,10 @@ TEST(RegFileRegistry, LayersTextsAndDeletes) {
           "[Q\\One]\n\"PartNumber\"=\"P1\"\n\"Old\"=\"x\"\n@=\"default\"\n"
           "[Q\\Two\\Deep]\n\"X\"=dword:1\n[Q\\Three]\n");
     auto heldTwo = openKey(registry, "Q\\Two\\Deep");
-    registry.loadText(
-        "Windows Registry Editor Version 5.00\n"
-        "[hkey_local_machine\\q\\ONE]\n\"partnumber\"=\"P1-new\"\n\"OLD\"=-\n@=-\n"
-        "[-HKEY_LOCAL_MACHINE\\Q\\two]\n"
-        "[-HKEY_LOCAL_MACHINE\\Q\\Three]\n\"Ignored\"=\"under a deleted key\"\n"
-        "[HKEY_LOCAL_MACHINE\\Q\\Three]\n\"Fresh\"=\"again\"\n"
-        "[-HKEY_LOCAL_MACHINE\\Nowhere\\At\\All]\n",
-        "overlay");
+    layer(registry,
+          "[q\\ONE]\n\"partnumber\"=\"P1-new\"\n\"OLD\"=-\n@=-\n[-Q\\two]\n"
+          "[-Q\\Three]\n\"Ignored\"=\"under a deleted key\"\n[Q\\Three]\n\"Fresh\"=\"again\"\n"
+          "[-Nowhere\\At\\All]\n");
 
     EXPECT_EQ(valuesOf(openKey(registry, "Q\\One"), {"PartNumber", "Old", ""}),
               "PartNumber=P1-new; Old=-; @=-");
