@@ -23,9 +23,7 @@ std::string utf16LeWithBom(const std::string& utf8) {
 
 // Every value kind of a version 5 export, as regedit writes it.
 const char* const kVersion5 =
-    "Windows Registry Editor Version 5.00\r\n"
-    "\r\n"
-    "; exported by hand\r\n"
+    "Windows Registry Editor Version 5.00\r\n\r\n; exported by hand\r\n"
     "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Caf\xC3\xA9]\r\n"
     "@=\"default text\"\r\n"
     "\"Path\"=\"C:\\\\Program Files\\\\\\\"Q\\\"\"\r\n"
@@ -39,8 +37,7 @@ const char* const kVersion5 =
     "\"None\"=hex(0):\r\n"
     "\"DwordBytes\"=hex(4):10,00,00,00\r\n"
     "\"SzBytes\"=hex(1):4f,00,4b,00,00,00\r\n"
-    "[HKEY_CURRENT_USER\\Software]\r\n"
-    "\"User\"=\"yes\"\r\n";
+    "[HKEY_CURRENT_USER\\Software]\r\n\"User\"=\"yes\"\r\n";
 
 TEST(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
     // First a value of characters of two UTF-16 units each, long enough to
