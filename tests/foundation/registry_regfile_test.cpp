@@ -91,13 +91,11 @@ TEST(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
     };
     expectRejected("REGEDIT5\n[HKEY_LOCAL_MACHINE\\A]\n", 1);
     for (const char* keyLine :
-         {"\"Early\"=\"x\"", "[HKLM\\A]", "[HKEY_LOCAL_MACHINE\\A", "[-HKEY_LOCAL_MACHINE]"}) {
+         {"\"Early\"=\"x\"", "[HKLM\\A]", "[HKEY_LOCAL_MACHINE\\A", "[-HKEY_LOCAL_MACHINE]"})
         expectRejected(std::string("REGEDIT4\n") + keyLine + "\n", 2);
-    }
     for (const char* valueLine : {"\"V\"=\"open", "\"V\"=\"x\" trailing", "\"V\"=dword:123456789",
-                                  "\"V\"=hex(q):01", "V=\"x\""}) {
+                                  "\"V\"=hex(q):01", "V=\"x\""})
         expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n") + valueLine + "\n", 3);
-    }
     expectRejected("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"V\"=hex:01,\\\n  02,\\\n  0g\n", 5);
     // A key name with a NUL inside (a fuzzing finding: it was listed and couldn't be opened).
     expectRejected(std::string("REGEDIT4\n[HKEY_LOCAL_MACHINE\\S\0O]\n", 34), 2);

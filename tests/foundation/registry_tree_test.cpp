@@ -73,9 +73,8 @@ TEST(RegFileRegistry, AKeyOfManyValuesKeepsEachByName) {
     auto key = openKey(registry, "Many");
     ASSERT_TRUE(key);
     const std::optional<int32_t> byRest[] = {2, std::nullopt, 1};
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 300; ++i)
         EXPECT_EQ(key->dwordValue("V" + std::to_string(i)), i == 1 ? 3 : byRest[i % 3]) << i;
-    }
 }
 
 TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
@@ -96,9 +95,8 @@ TEST(RegFileRegistry, OpensPathsLikeTheRegistryAndEnumeratesInUpperCaseOrder) {
     std::string walked;
     for (const char* path :
          {"K\\A", "K\\a1", "K\\b", "K\\Zed", "L\\Zed", "K\\b", "K\\A", "k\\zed", "K\\Zed",
-          "K\\missing", "K\\Zed", "K", "K\\L", "K", "L", "", "k\\zed\\", "K\\Missing"}) {
+          "K\\missing", "K\\Zed", "K", "K\\L", "K", "L", "", "k\\zed\\", "K\\Missing"})
         walked += valuesOf(openKey(registry, path), {"N"}) + ", ";
-    }
     EXPECT_EQ(walked,
               "N=A, N=-, N=b, N=Zed, N=L, N=b, N=A, N=Zed, N=Zed, no key, N=Zed, N=K, no key, N=K, "
               "N=-, N=root, N=Zed, no key, ");
