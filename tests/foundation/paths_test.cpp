@@ -114,20 +114,17 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
     const std::string before = gfstrSetCurrentFolder(folder);
     EXPECT_EQ(gfstrSetCurrentFolder(missing), folder) << "the old one, as if all went well";
     EXPECT_EQ(gfstrSetCurrentFolder(before), folder);
-    EXPECT_TRUE(fx.debugStream.texts.empty());
 
 #ifdef _WIN32
     // Beyond 260 characters the A call refuses the path (the two calls are
-    // the fakes' test): it comes back as given, and nothing is logged.
+    // the fakes' test): it comes back as given.
     std::wstring deep = L"\\\\?\\" + fakes::pathOf(folder).wstring();
     for (wchar_t letter = L'a'; letter < L'g'; ++letter) {
         deep += L"\\" + std::wstring(50, letter);
         ASSERT_TRUE(CreateDirectoryW(deep.c_str(), nullptr)) << GetLastError();
     }
     const std::string longForm = fakes::utf8Of(deep.substr(4));
-    ASSERT_GT(longForm.size(), 300u);
     EXPECT_EQ(gfstrGetLongPathFilename(longForm), longForm);
-    EXPECT_TRUE(fx.debugStream.texts.empty());
 
     // A file held open without delete sharing, as another program holds it.
     const std::string held = folder + "\\held.txt";
@@ -140,8 +137,8 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
 #else
     // A file the system keeps whoever asks: the deletion fails quietly.
     EXPECT_FALSE(gfblnDeleteFile("/proc/version"));
-    EXPECT_TRUE(fx.debugStream.texts.empty());
 #endif
+    EXPECT_TRUE(fx.debugStream.texts.empty()) << "nothing of it logged";
 }
 
 #ifdef _WIN32

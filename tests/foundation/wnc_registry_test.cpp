@@ -78,7 +78,8 @@ TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAndTheReadsDoNot) {
 
     // A failed open drops the key held before.
     EXPECT_EQ(reads(&registry), "dflt|dflt|9|9");
-    EXPECT_EQ(enumSubKeyName(registry, true), "");
+    std::string name;
+    EXPECT_FALSE(registry.EnumFirstSubKey(name));
 
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "SOFTWARE\\Missing", kKeyRead, 0); }), 53);
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "Refused", kKeyRead, 0); }), 70);
@@ -100,7 +101,8 @@ TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
         seen.push_back(name + "=" + gfstrGetRegValue(&child, "PartNumber", "none"));
     }
     EXPECT_EQ(seen, (std::vector<std::string>{"alpha=PN-1", "Beta= PN-2 ", "Gamma=none"}));
-    EXPECT_EQ(enumSubKeyName(parent, false), "");
+    std::string name;
+    EXPECT_FALSE(parent.EnumNextSubKey(name)) << "past the last";
 
     // Re-opening resets the position; EnumFirstSubKey does too.
     EXPECT_EQ(enumSubKeyName(parent, true), "alpha");
@@ -108,7 +110,7 @@ TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar", kKeyRead, 0);
     EXPECT_EQ(enumSubKeyName(parent, false), "alpha");
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Gamma", kKeyRead, 0);
-    EXPECT_EQ(enumSubKeyName(parent, true), "");
+    EXPECT_FALSE(parent.EnumFirstSubKey(name)) << "a key without sub-keys";
 }
 
 }  // namespace
