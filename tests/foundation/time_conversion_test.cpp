@@ -75,9 +75,8 @@ TEST_F(TimeConversion, OnlyToGmtWrapsItsFailureNowGmtPassesItOn) {
     EXPECT_EQ(toGmt.number, kErrOverflow);
     EXPECT_EQ(toGmt.description, "[gfdatConvertToGMT]Overflow");
     EXPECT_EQ(toGmt.source, "[OstrelGlobals.gfdatConvertToGMT]");
-    const AutomationError fromGmt = raisedBy(gfdatConvertFromGMT, beyond);
-    EXPECT_EQ(fromGmt.number, kErrOverflow);
-    EXPECT_EQ(fromGmt.description, "Overflow") << "no failure path of its own";
+    EXPECT_EQ(raisedBy(gfdatConvertFromGMT, beyond).description, "Overflow")
+        << "no failure path of its own";
 
     fx.use(&platform::Ports::timeZone, nullptr);
     const AutomationError noZone = raisedBy([](double) { return gfdatNowGMT(); }, 0);
