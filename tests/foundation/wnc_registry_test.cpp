@@ -17,20 +17,16 @@ using fakes::errorNumberOf;
 using platform::RegistryKey;
 
 // A key whose every read fails at run time.
-class BrokenKey : public RegistryKey {
-  public:
+struct BrokenKey : RegistryKey {
+    [[noreturn]] static std::nullopt_t broken() { throw std::runtime_error("broken"); }
     std::optional<std::string> stringValue(std::string_view) const override { return broken(); }
     std::optional<int32_t> dwordValue(std::string_view) const override { return broken(); }
     std::optional<std::string> subKeyName(uint32_t) const override { return broken(); }
-
-  private:
-    [[noreturn]] static std::nullopt_t broken() { throw std::runtime_error("broken"); }
 };
 
 // A .reg registry that records the hive and access that reach it, and answers
 // with a broken key or a refusal where the path says so.
-class RecordingPort : public platform::RegFileRegistry {
-  public:
+struct RecordingPort : platform::RegFileRegistry {
     std::unique_ptr<RegistryKey> open(int32_t hive, std::string_view path, int32_t access,
                                       int32_t& errorCode) override {
         calls.push_back({hive, access});
@@ -50,8 +46,7 @@ std::string reads(WNCRegistry* registry) {
            std::to_string(gflngGetRegValue(registry, "PartNumber", 9));
 }
 
-class WNCRegistryTest : public ::testing::Test {
-  protected:
+struct WNCRegistryTest : ::testing::Test {
     void SetUp() override {
         port.loadText(
             "Windows Registry Editor Version 5.00\n"
