@@ -17,70 +17,69 @@ using fakes::errorNumberOf;
 using platform::RegistryKey;
 
 // A key whose every read fails at run time.
-class BrokenKey : public RegistryKey {
-  public:
+struct BrokenKey : RegistryKey {
+    [[noreturn]] static std::nullopt_t broken() { throw std::runtime_error("broken"); }
     std::optional<std::string> stringValue(std::string_view) const override { return broken(); }
     std::optional<int32_t> dwordValue(std::string_view) const override { return broken(); }
     std::optional<std::string> subKeyName(uint32_t) const override { return broken(); }
-
-  private:
-    [[noreturn]] static std::nullopt_t broken() { throw std::runtime_error("broken"); }
 };
 
-// Records the hive and access that reach the port, and answers with a broken
-// key, a refusal or the apartment's .reg registry.
-class RecordingPort : public platform::RegistryPort {
-  public:
-    explicit RecordingPort(platform::RegistryPort& files) : files_(files) {}
+// A .reg registry that records the hive and access that reach it, and answers
+// with a broken key or a refusal where the path says so.
+struct RecordingPort : platform::RegFileRegistry {
     std::unique_ptr<RegistryKey> open(int32_t hive, std::string_view path, int32_t access,
                                       int32_t& errorCode) override {
         calls.push_back({hive, access});
         errorCode = path == "Refused" ? 5 : 0;
         if (path == "Broken") return std::make_unique<BrokenKey>();
         if (path == "Refused") return nullptr;
-        return files_.open(hive, path, access, errorCode);
+        return RegFileRegistry::open(hive, path, access, errorCode);
     }
     std::vector<std::pair<int32_t, int32_t>> calls;
-
-  private:
-    platform::RegistryPort& files_;
 };
 
-class WNCRegistryTest : public ::testing::Test {
-  protected:
+// Each value of the key as a string and as a number, the defaults "dflt" and 9.
+std::string reads(WNCRegistry* registry) {
+    return gfstrGetRegValue(registry, "partnumber", "dflt") + "|" +
+           gfstrGetRegValue(registry, "Build", "dflt") + "|" +
+           std::to_string(gflngGetRegValue(registry, "Build", 9)) + "|" +
+           std::to_string(gflngGetRegValue(registry, "PartNumber", 9));
+}
+
+struct WNCRegistryTest : ::testing::Test {
     void SetUp() override {
-        fx.loadRegistry(
+        port.loadText(
             "Windows Registry Editor Version 5.00\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n"
-            "\"PartNumber\"=\" PN-2 \"\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n\"PartNumber\"=\" PN-2 \"\n"
             "\"Build\"=dword:fffffffe\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n"
-            "\"PartNumber\"=\"PN-1\"\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n\"PartNumber\"=\"PN-1\"\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n",
+            "toolbar.reg");
         fx.use(&platform::Ports::registry, &port);
     }
 
     fakes::TestApartment fx;
-    RecordingPort port{fx.registry};
+    RecordingPort port;
 };
 
-TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAnswersFalse) {
+// Only OpenKey raises: TryOpenKey answers False, and the reads their defaults.
+TEST_F(WNCRegistryTest, OpenKeyRaisesWhereTryOpenKeyAndTheReadsDoNot) {
+    EXPECT_EQ(reads(nullptr), "dflt|dflt|9|9");
     WNCRegistry registry;
     ASSERT_TRUE(registry.TryOpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Beta", kKeyRead, 0));
+    EXPECT_EQ(reads(&registry), " PN-2 |dflt|-2|9") << "a dword is no string, a string no dword";
     EXPECT_FALSE(registry.TryOpenKey(1, "Refused", kKeyQueryValue, 0));
     EXPECT_EQ(port.calls, (std::vector<std::pair<int32_t, int32_t>>{{2, 131097}, {1, 1}}));
 
     // A failed open drops the key held before.
-    std::string text = "untouched";
-    int32_t number = 7;
-    EXPECT_FALSE(registry.GetStringValue("PartNumber", text));
-    EXPECT_FALSE(registry.GetLongValue("Build", number));
-    EXPECT_FALSE(registry.EnumFirstSubKey(text));
-    EXPECT_EQ(text, "untouched");
-    EXPECT_EQ(number, 7);
+    EXPECT_EQ(reads(&registry), "dflt|dflt|9|9");
+    std::string name;
+    EXPECT_FALSE(registry.EnumFirstSubKey(name));
 
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "SOFTWARE\\Missing", kKeyRead, 0); }), 53);
     EXPECT_EQ(errorNumberOf([&] { registry.OpenKey(2, "Refused", kKeyRead, 0); }), 70);
+    registry.OpenKey(2, "Broken", kKeyRead, 0);
+    EXPECT_EQ(reads(&registry), "dflt|dflt|9|9") << "reads that fail";
 }
 
 TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
@@ -91,43 +90,22 @@ TEST_F(WNCRegistryTest, EnumeratesAndASecondOpenStartsOver) {
     // The catalogue's walk: the parent enumerates while a second instance
     // opens each child in turn without closing anything.
     std::vector<std::string> seen;
-    std::string name;
-    for (bool more = parent.EnumFirstSubKey(name); more; more = parent.EnumNextSubKey(name)) {
+    for (std::string name = enumSubKeyName(parent, true); !name.empty();
+         name = enumSubKeyName(parent, false)) {
         child.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\" + name, kKeyRead, 0);
         seen.push_back(name + "=" + gfstrGetRegValue(&child, "PartNumber", "none"));
     }
     EXPECT_EQ(seen, (std::vector<std::string>{"alpha=PN-1", "Beta= PN-2 ", "Gamma=none"}));
-    EXPECT_FALSE(parent.EnumNextSubKey(name));
+    std::string name;
+    EXPECT_FALSE(parent.EnumNextSubKey(name)) << "past the last";
 
     // Re-opening resets the position; EnumFirstSubKey does too.
-    ASSERT_TRUE(parent.EnumFirstSubKey(name) && parent.EnumNextSubKey(name));
-    EXPECT_EQ(name, "Beta");
+    EXPECT_EQ(enumSubKeyName(parent, true), "alpha");
+    EXPECT_EQ(enumSubKeyName(parent, false), "Beta");
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar", kKeyRead, 0);
-    ASSERT_TRUE(parent.EnumNextSubKey(name));
-    EXPECT_EQ(name, "alpha");
-
+    EXPECT_EQ(enumSubKeyName(parent, false), "alpha");
     parent.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Gamma", kKeyRead, 0);
-    EXPECT_FALSE(parent.EnumFirstSubKey(name));
-}
-
-TEST_F(WNCRegistryTest, ReadsValuesAndDefaultsNeverRaise) {
-    EXPECT_EQ(gfstrGetRegValue(nullptr, "PartNumber", "dflt"), "dflt");
-    EXPECT_EQ(gflngGetRegValue(nullptr, "Build", 9), 9);
-
-    WNCRegistry registry;
-    EXPECT_EQ(gfstrGetRegValue(&registry, "PartNumber", "dflt"), "dflt");  // no key open
-    registry.OpenKey(2, "SOFTWARE\\QUORL\\Toolbar\\Beta", kKeyRead, 0);
-    std::string text;
-    EXPECT_TRUE(registry.GetStringValue("partnumber", text));
-    EXPECT_EQ(text, " PN-2 ");
-    EXPECT_EQ(gflngGetRegValue(&registry, "Build", 9), -2);
-    EXPECT_EQ(gfstrGetRegValue(&registry, "Build", "dflt"), "dflt");  // a dword isn't a string
-    EXPECT_EQ(gflngGetRegValue(&registry, "PartNumber", 9), 9);
-    EXPECT_EQ(gflngGetRegValue(&registry, "Missing", 0), 0);
-
-    registry.OpenKey(2, "Broken", kKeyRead, 0);
-    EXPECT_EQ(gfstrGetRegValue(&registry, "PartNumber", "dflt"), "dflt");
-    EXPECT_EQ(gflngGetRegValue(&registry, "Build", 9), 9);
+    EXPECT_FALSE(parent.EnumFirstSubKey(name)) << "a key without sub-keys";
 }
 
 }  // namespace
