@@ -19,11 +19,7 @@
 #include "com/ostrel_h.h"
 #include "host_support.h"
 
-using host::check;
-using host::controlError;
-using host::create;
-using host::Ptr;
-using host::Var;
+using namespace host;
 
 namespace {
 
