@@ -40,13 +40,9 @@ on_screen() { # on_screen <bits> <bin folder> <name>
     "$(winepath -w "$bin/ostrel_about_host.exe")" "V$version" \
     "$(winepath -w "$work/ready")" "$(winepath -w "$work/go")" >"$work/host.out" 2>&1 &
   host_pid=$!
-  while [ ! -e "$work/ready" ] && kill -0 "$host_pid" 2>/dev/null && [ $waited -lt 600 ]; do
-    sleep 0.1
-    waited=$((waited + 1))
-  done
-  if [ -e "$work/ready" ]; then
+  while [ ! -e "$work/ready" ] && kill -0 "$host_pid" 2>/dev/null && [ $((waited++)) -lt 600 ]; do sleep 0.1; done
+  [ ! -e "$work/ready" ] ||
     xwd -root -silent -display "$DISPLAY" | xwdtopnm 2>/dev/null | pnmtopng >"$shots/about-$name.png" 2>/dev/null
-  fi
   touch "$work/go"
   local rc=0
   wait "$host_pid" || rc=$?

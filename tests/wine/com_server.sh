@@ -111,14 +111,6 @@ empty_toolbar() {
   } >/dev/null 2>&1 || true
 }
 
-# The tool of the build under test reads the same keys from the system's registry.
-check_tool_catalogue() { # check_tool_catalogue <bin folder>
-  local names
-  names="$("$(wine_of "$view")" "$1/ostrel.exe" catalogue --json 2>/dev/null | tr -d '\r' |
-    sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
-  same "ostrel.exe catalogue reads the 32-bit view" "Alpha Beta" "$names"
-}
-
 run_vbscript() { # run_vbscript <file> [args]: in the script host of the bitness under test
   if run_vbs "$view" "$@"; then ok "$(basename "$1") ${*:2}"; else fail "$(basename "$1") ${*:2} (see above)"; fi
 }
@@ -139,7 +131,9 @@ test_server() { # test_server <bin folder> <win32|win64>
   mkdir -p "$data"  # for the settings the script saves
   TZ=EST5EDT,M3.2.0,M11.1.0 run_vbscript "$here/vbs/services.vbs"
   rm -f "$data/ot_settings.xml"
-  check_tool_catalogue "$bin"
+  # The tool of the build under test reads the same keys from the system's registry.
+  same "ostrel.exe catalogue reads the 32-bit view" "Alpha Beta" "$("$(wine_of "$view")" "$bin/ostrel.exe" catalogue --json \
+    2>/dev/null | tr -d '\r' | sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
   if "$(wine_of "$view")" "$bin/ostrel_com_host.exe"; then ok "C++ host"; else fail "C++ host (see above)"; fi
   # A crash ends the host, a hang the time limit; the seed is printed for a re-run.
   if timeout 600 "$(wine_of "$view")" "$bin/ostrel_hostile_host.exe"; then ok "hostile host"; else fail "hostile host (see above)"; fi
@@ -150,13 +144,12 @@ test_server() { # test_server <bin folder> <win32|win64>
 }
 
 check_shape() { # check_shape <dll> <objdump format>: exactly four exports, the version
-  local dll="$1" format="$2" dump exports
+  local dll="$1" format="$2" dump exports resources
   [ -e "$dll" ] || { fail "$dll is missing"; return; }
   dump="$(x86_64-w64-mingw32-objdump -p "$dll")"
   passes "$(basename "$(dirname "$(dirname "$dll")")"): $format" grep -q "file format $format" <<<"$dump"
   exports="$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$dump" | awk '/\]/ && !/Table/ { print $NF }' | sort | tr '\n' ' ')"
   same "exactly the four exports" "DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer " "$exports"
-  local resources
   resources="$(x86_64-w64-mingw32-windres --input-format=coff -i "$dll" -O rc 2>/dev/null)"
   grep -q 'VALUE "OLESelfRegister", ""' <<<"$resources" && grep -q 'FILEVERSION 14, 15,' <<<"$resources" &&
     ok "version resource: OLESelfRegister, version 14.15" || fail "version resource"

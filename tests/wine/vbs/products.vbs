@@ -41,8 +41,8 @@ Check Err.Number = 13, "a version number that isn't one: 13"
 product.BuildID = "1"
 Check Err.Number <> 0, "BuildID can't be written"
 
-' ReadAll from the test keys of the 32-bit view: two known products under
-' one part number and an unknown one.
+' ReadAll from the test keys of the 32-bit view: two products under one
+' part number, the key the registry lists first wins.
 If WScript.Arguments.Count > 0 Then
     Set products = CreateObject("Ostrel.wncSoftwareProducts")
     products.ReadAll
