@@ -40,9 +40,8 @@ for bits in 64 32; do
   same "win$bits: the UI language from LC_ALL=de_DE.UTF-8" "de de-DE|Info über " \
       "$(LC_ALL=de_DE.UTF-8 "${tool[@]}" language suffixes | lines)|$(LC_ALL=de_DE.UTF-8 "${tool[@]}" language text 312 | lines)"
   # Copied alone: the built-in texts.
-  mkdir -p "$work/win$bits"
-  cp "$exe" "$work/win$bits/"
   alone="$work/win$bits/ostrel.exe"
+  install -D "$exe" "$alone"
   same "win$bits alone: text 108" "Ostrel" "$("${tool[0]}" "$alone" language text 108 2>&1 | lines)"
 
   # A planted hhctrl.ocx beside the program is never loaded: only the system's.

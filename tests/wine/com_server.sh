@@ -128,9 +128,9 @@ test_server() { # test_server <bin folder> <win32|win64>
   fill_toolbar
   run_vbscript "$here/vbs/products.vbs" catalogue
   data="$(winepath -u 'C:\ProgramData')/QUORL"
-  mkdir -p "$data"  # for the settings the script saves
+  mkdir -p "$data"  # for the settings and the ready file the script writes
   TZ=EST5EDT,M3.2.0,M11.1.0 run_vbscript "$here/vbs/services.vbs"
-  rm -f "$data/ot_settings.xml"
+  rm -f "$data/ot_settings.xml" "$data/ready.txt"
   # The tool of the build under test reads the same keys from the system's registry.
   same "ostrel.exe catalogue reads the 32-bit view" "Alpha Beta" "$("$(wine_of "$view")" "$bin/ostrel.exe" catalogue --json \
     2>/dev/null | tr -d '\r' | sed -n 's/^ *"ProductName": "\(.*\)",\{0,1\}$/\1/p' | xargs)"
