@@ -78,13 +78,11 @@ TEST(RegistrationTable, DescribesTheTypeLibrary) {
     }
     lib->Release();
 
-    for (const table::Interface& face : described.interfaces) {
+    for (const table::Interface& face : described.interfaces)
         describedInterfaces.insert({table::guidText(face.iid), face.name});
-    }
-    for (const table::Class& publicClass : table::classes()) {
+    for (const table::Class& publicClass : table::classes())
         describedClasses.insert({publicClass.name, table::guidText(publicClass.clsid),
                                  table::guidText(publicClass.face.iid)});
-    }
     EXPECT_EQ(interfaces, describedInterfaces);
     EXPECT_EQ(classes, describedClasses);
 }

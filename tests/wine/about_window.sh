@@ -40,19 +40,14 @@ on_screen() { # on_screen <bits> <bin folder> <name>
     "$(winepath -w "$bin/ostrel_about_host.exe")" "V$version" \
     "$(winepath -w "$work/ready")" "$(winepath -w "$work/go")" >"$work/host.out" 2>&1 &
   host_pid=$!
-  while [ ! -e "$work/ready" ] && kill -0 "$host_pid" 2>/dev/null && [ $waited -lt 600 ]; do
-    sleep 0.1
-    waited=$((waited + 1))
-  done
-  if [ -e "$work/ready" ]; then
+  while [ ! -e "$work/ready" ] && kill -0 "$host_pid" 2>/dev/null && [ $((waited++)) -lt 600 ]; do sleep 0.1; done
+  [ ! -e "$work/ready" ] ||
     xwd -root -silent -display "$DISPLAY" | xwdtopnm 2>/dev/null | pnmtopng >"$shots/about-$name.png" 2>/dev/null
-  fi
   touch "$work/go"
   local rc=0
   wait "$host_pid" || rc=$?
   cat "$work/host.out" | tr -d '\r'
-  [ -s "$shots/about-$name.png" ] && echo "ok   screenshot build/wine-about/about-$name.png" ||
-    echo "FAIL no screenshot"
+  passes "screenshot build/wine-about/about-$name.png" test -s "$shots/about-$name.png"
   # The desktop doesn't hand on the host's exit code: its last line tells.
   [ $rc = 0 ] && grep -q '^about_host: 0 failure' "$work/host.out" && echo "ok   about host: no failure" ||
     echo "FAIL about host (exit $rc)"
@@ -60,12 +55,9 @@ on_screen() { # on_screen <bits> <bin folder> <name>
   # The tool shows the same window; Escape (posted by the host) ends it.
   timeout 60 "$(wine_of "$bits")" "$bin/ostrel.exe" about >/dev/null 2>&1 &
   local tool_pid=$!
-  rc=0
-  timeout 60 "$(wine_of "$bits")" "$bin/ostrel_about_host.exe" --escape "About Ostrel" | tr -d '\r' || rc=$?
-  [ $rc = 0 ] || echo "FAIL escape host exit $rc"
-  rc=0
-  wait "$tool_pid" || rc=$?
-  [ $rc = 0 ] && echo "ok   ostrel.exe about ends with Escape, exit 0" || echo "FAIL ostrel.exe about exit $rc"
+  timeout 60 "$(wine_of "$bits")" "$bin/ostrel_about_host.exe" --escape "About Ostrel" | tr -d '\r' ||
+    echo "FAIL escape host exit $?"
+  passes "ostrel.exe about ends with Escape, exit 0" wait "$tool_pid"
 }
 
 # The script again, inside xvfb-run: only the part on the screen.
@@ -80,9 +72,8 @@ test_build() { # test_build <bin folder> <bits> <name>
   [ -e "$bin/Ostrel.dll" ] || { fail "$name: $bin/Ostrel.dll is missing"; return; }
   echo "--- $name"
   dll="$(winepath -w "$bin/Ostrel.dll")"
-  wine_builtin "$bits" regsvr32 /s "$dll" && ok "regsvr32 Ostrel.dll" || fail "regsvr32 Ostrel.dll"
-  tool_keys_absent "$bits" && ok "the system-information tool's keys are absent" ||
-    fail "the system-information tool's keys are there: the message can't be tested"
+  passes "regsvr32 Ostrel.dll" wine_builtin "$bits" regsvr32 /s "$dll"
+  passes "the system-information tool's keys are absent (else its message can't be tested)" tool_keys_absent "$bits"
 
   # Wine's desktop takes the display its session started with: a session of
   # its own on the virtual screen, ended before the next test's.
@@ -92,16 +83,11 @@ test_build() { # test_build <bin folder> <bits> <name>
     bash "$here/about_window.sh" --on-screen "$bits" "$bin" "$name" 2>&1)" || true
   wineserver -k >/dev/null 2>&1 || true
   wineserver -w >/dev/null 2>&1 || true
-  while IFS= read -r line; do
-    case "$line" in
-      ok*) echo "$line" ;;
-      FAIL*) echo "$line"; failures=$((failures + 1)) ;;
-      *) [ -n "$line" ] && echo "     $line" ;;
-    esac
-  done <<<"$output"
+  sed '/^$/d; /^\(ok\|FAIL\)/!s/^/     /' <<<"$output"
+  failures=$((failures + $(grep -c '^FAIL' <<<"$output" || true)))
   grep -q '^ok  : ShowAbout has the dispatch id 40' <<<"$output" || fail "$name: the host did not run"
 
-  wine_builtin "$bits" regsvr32 /u /s "$dll" && ok "regsvr32 /u Ostrel.dll" || fail "regsvr32 /u"
+  passes "regsvr32 /u Ostrel.dll" wine_builtin "$bits" regsvr32 /u /s "$dll"
 }
 
 test_build "$win64" 64 win64

@@ -79,7 +79,7 @@ passes() {
 # Explicit and the Check helper), in the script host of that bitness; its
 # exit code is the number of failed checks.
 run_vbs() {
-  local bits="$1" script="$2" joined status=0
+  local bits="$1" script="$2" joined out status=0
   shift 2
   joined="$(mktemp --suffix=.vbs -p "$WINEPREFIX")"
   # A Guard goes before each Check statement that doesn't itself look at Err
@@ -101,7 +101,14 @@ run_vbs() {
       }
       END { if (lines != "") flush() }' "$script"
   } >"$joined"
-  wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")" "$@" || status=$?
+  out="$(wine_builtin "$bits" cscript //nologo "$(winepath -w "$joined")" "$@")" || status=$?
   rm -f "$joined"
+  printf '%s\n' "$out"
+  # A script that doesn't compile runs nothing, and Wine's cscript says so in
+  # no way: a run without a single check fails.
+  if ! grep -qE '^(ok|FAIL) ' <<<"$out"; then
+    echo "FAIL $(basename "$script") ran no check (a syntax error?)"
+    status=1
+  fi
   return $status
 }

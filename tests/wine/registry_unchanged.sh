@@ -54,17 +54,9 @@ wine_churn=(
 # set aside as keys only, so that a product, feature or component left in
 # them still shows.
 installer_keys=(
-  'HKEY_CLASSES_ROOT\Installer' 'HKEY_CLASSES_ROOT\Installer\Features'
-  'HKEY_CLASSES_ROOT\Installer\Products' 'HKEY_CLASSES_ROOT\Installer\UpgradeCodes'
-  'HKEY_LOCAL_MACHINE\Software\Classes\Installer'
-  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\Features'
-  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\Products'
-  'HKEY_LOCAL_MACHINE\Software\Classes\Installer\UpgradeCodes'
-  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UpgradeCodes'
-  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData'
-  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18'
-  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18\Components'
-  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\UserData\S-1-5-18\Products'
+  'HKEY_CLASSES_ROOT\Installer'{,'\Features','\Products','\UpgradeCodes'}
+  'HKEY_LOCAL_MACHINE\Software\Classes\Installer'{,'\Features','\Products','\UpgradeCodes'}
+  'HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Installer\'{UpgradeCodes,UserData,'UserData\S-1-5-18'{,'\Components','\Products'}}
 )
 
 # One more is made to happen before the first export rather than set aside:

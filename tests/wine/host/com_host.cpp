@@ -19,11 +19,7 @@
 #include "com/ostrel_h.h"
 #include "host_support.h"
 
-using host::check;
-using host::controlError;
-using host::create;
-using host::Ptr;
-using host::Var;
+using namespace host;
 
 namespace {
 
@@ -122,7 +118,6 @@ void errorsAndTheEnumerator() {
     V_DISPATCH(&index.v) = &counting;
     check(products->get_Item(&index.v, item.put()) == controlError(13) && counting.invoked == 0,
           "an object as an index: 13, its default member never asked");
-    V_VT(&index.v) = VT_EMPTY;
     check(products->get_Count(nullptr) == E_POINTER && GetErrorInfo(0, info.put()) == S_FALSE,
           "E_POINTER after a failure: no stale error object");
 
@@ -154,12 +149,10 @@ void errorsAndTheEnumerator() {
 
 void unloadOnlyWhenUnused() {
     using CanUnload = HRESULT(STDAPICALLTYPE*)();
-    HMODULE module = GetModuleHandleW(L"Ostrel.dll");
-    auto canUnload = module ? reinterpret_cast<CanUnload>(reinterpret_cast<void*>(
-                                  GetProcAddress(module, "DllCanUnloadNow")))
-                            : nullptr;
     Ptr<_wncSoftwareProducts> products;
     create(CLSID_wncSoftwareProducts, IID__wncSoftwareProducts, products);
+    auto canUnload = reinterpret_cast<CanUnload>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"Ostrel.dll"), "DllCanUnloadNow")));
     if (!canUnload || !products.p) return check(false, "DllCanUnloadNow found");
     Ptr<_wncSoftwareProduct> record;
     add(products.p, record);
@@ -172,18 +165,15 @@ void unloadOnlyWhenUnused() {
     enumerator.reset();
     check(canUnload() == S_OK, "S_OK after the last release");
 
-    Ptr<IClassFactory> factory;
-    CoGetClassObject(CLSID_wncPCInfo, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
-                     factory.putVoid());
-    if (!factory.p) return check(false, "class factory");
-    factory->LockServer(TRUE);
-    factory.reset();
-    check(canUnload() == S_FALSE, "S_FALSE while the server is locked");
-    CoGetClassObject(CLSID_wncPCInfo, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
-                     factory.putVoid());
-    factory->LockServer(FALSE);
-    factory.reset();
-    check(canUnload() == S_OK, "S_OK after the lock is released");
+    // Locked and unlocked through a class factory that is released at once.
+    const auto lockServer = [](BOOL lock) {
+        Ptr<IClassFactory> factory;
+        CoGetClassObject(CLSID_wncPCInfo, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                         factory.putVoid());
+        return factory.p && SUCCEEDED(factory->LockServer(lock));
+    };
+    check(lockServer(TRUE) && canUnload() == S_FALSE, "S_FALSE while the server is locked");
+    check(lockServer(FALSE) && canUnload() == S_OK, "S_OK after the lock is released");
 }
 
 // Invoke with the arguments in the host's order (rgvarg holds them last

@@ -1,5 +1,5 @@
 ' wncSoftwareProducts and wncSoftwareProduct from a script host: what only a
- script sees (the collection's rules themselves: the catalogue suite). The
+' script sees (the collection's rules themselves: the catalogue suite). The
 ' run time's error numbers, the default member, For Each, one object per
 ' record, variables passed by reference, each property by name. Argument
 ' 1: "catalogue" when the Toolbar key holds the test products (see
@@ -19,7 +19,6 @@ products.Add name
 Set item = products(key)
 Check Err.Number = 0 And item Is product And products("k") Is products(1), _
       "products(variable) reaches Item; the record handed out twice is one object (Is)"
-names = ""
 For Each item In products
     names = names & item.ProductName & ";"
 Next
@@ -42,8 +41,8 @@ Check Err.Number = 13, "a version number that isn't one: 13"
 product.BuildID = "1"
 Check Err.Number <> 0, "BuildID can't be written"
 
-' ReadAll from the test keys of the 32-bit view: two known products under
-' one part number and an unknown one.
+' ReadAll from the test keys of the 32-bit view: two products under one
+' part number, the key the registry lists first wins.
 If WScript.Arguments.Count > 0 Then
     Set products = CreateObject("Ostrel.wncSoftwareProducts")
     products.ReadAll
