@@ -33,7 +33,6 @@ clean_older
 mkdir -p "$data"
 has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
-now_ms() { echo $(($(date +%s%N) / 1000000)); }
 
 # hold NAME MS: a process that holds the lock; returns once it has it. The
 # holds are long and end by a kill, so that a slow start of the next process
@@ -67,9 +66,9 @@ try "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mf
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
 hold "$name" 60000
-start=$(now_ms)
+start=$(date +%s%3N)
 run --trace mutex --timeout 500 "$name"
-took=$(($(now_ms) - start))
+took=$(($(date +%s%3N) - start))
 check "a lock held elsewhere is not obtained" '[ "$rc" = 3 ] && [ "$out" = 0 ] && [ "$(grep -c "Failed getting mutex($name)" <<<"$err")" = 1 ]'
 check "and the whole time-out is spent ($took ms)" '[ "$took" -ge 450 ]'
 try "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]' --trace mutex --timeout 0 "$name"
@@ -101,12 +100,7 @@ gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 # is nobody; daemon is a second victim, one without a runtime folder.
 if ! $windows && [ "$(id -u)" = 0 ]; then
   attacker() { setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"; }
-  as_daemon() {
-    local own=("${tool[@]}")
-    tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${own[@]}")
-    run "$@"
-    tool=("${own[@]}")
-  }
+  as_daemon() { local tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${tool[@]}"); run "$@"; }
   lockname="ostrel-e2e-lock-$$"
   attacker sh -c "head -c 64 /dev/zero | tr '\\0' '\\1' >/dev/shm/ostrel-0-$lockname"
   try "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' --trace mutex --timeout 0 "$lockname"
