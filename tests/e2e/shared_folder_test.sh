@@ -42,7 +42,7 @@ try "ot.log a hard link of root's file: left alone" '[ "$rc" = 0 ] && intact' pc
 printf '<Settings><Colour>secret</Colour></Settings>' >"$work/secret.xml" && chmod 0600 "$work/secret.xml"
 for plant in "symbolic link:ln -s $work/secret.xml" "fifo:mkfifo"; do
   fresh 1777
-  attacker ${plant#*:} "$settings" # split on purpose
+  attacker sh -c "${plant#*:} '$settings'"
   try "ot_settings.xml a ${plant%%:*}: the default at once" '[ "$rc" = 0 ] && [ "$out" = none ]' settings get Settings Colour --default none
   try "ot_settings.xml a ${plant%%:*}: the save refused, it and the link's target kept" \
     'has "$err" "$denied" && [ "$(stat -c %F "$settings")" = "${plant%%:*}" ] && [ "$(cat "$work/secret.xml")" = "<Settings><Colour>secret</Colour></Settings>" ] && intact' --trace settings set Settings Colour blue
