@@ -13,8 +13,7 @@ check "every line ends in CR LF" '[ "$(grep -c $'\''[^\r]$'\'' "$work/out")" = 0
 cp "$work/out" "$work/native.txt"
 
 # What --json saves, --wmi (or OSTREL_WMI) replays: the same text but the stamp.
-try "inventory --json" '[ "$rc" = 0 ] && [[ "$out" == "{"*"\"Win32_OperatingSystem\": ["* ]]' inventory --json
-cp "$work/out" "$work/pc.json"
+"${tool[@]}" inventory --json >"$work/pc.json"
 try "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi "$work/pc.json" inventory
 OSTREL_WMI="$work/pc.json" try "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"' inventory --json
 try "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi <(cat "$work/pc.json") inventory
