@@ -13,9 +13,8 @@ unset OSTREL_LANGUAGE LC_ALL LC_MESSAGES LANG
 # behind (OSTREL_LANGUAGE over them: the LanguageText suite).
 while IFS='|' read -r vars suffixes caption; do
     read -ra assignments <<<"$vars"
-    out=$(env "${assignments[@]}" "$built" language suffixes | paste -sd ' ')
-    text=$(env "${assignments[@]}" "$built" language text 312)
-    check "$vars: suffixes and text 312" '[ "$out|$text" = "$suffixes|$caption" ]'
+    expect "$vars: suffixes and text 312" "$suffixes|$caption" \
+        "$(env "${assignments[@]}" "$built" language suffixes | paste -sd ' ')|$(env "${assignments[@]}" "$built" language text 312)"
 done <<'CASES'
 LANG=de_DE.UTF-8|de de-DE|Info über 
 LANG=de_DE.UTF-8 LC_MESSAGES=fr_FR.UTF-8|en en-US|About 

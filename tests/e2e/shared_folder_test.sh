@@ -57,8 +57,7 @@ chmod 0640 "$settings"
 try "a replaced file keeps its mode" '[ "$(cat "$settings")" = "<Settings><Colour>red</Colour></Settings>" ] && [ "$(stat -c %a "$settings")" = 640 ]' settings set Settings Colour red
 fresh 0777
 printf '<Settings><Colour>root</Colour></Settings>' >"$settings" && chmod 0644 "$settings"
-attacker env XDG_CONFIG_HOME="$data/nobody" "${tool[@]}" --trace settings set Settings Colour mine >"$work/out" 2>"$work/err"
-err=$(cat "$work/err")
+err=$(attacker env XDG_CONFIG_HOME="$data/nobody" "${tool[@]}" --trace settings set Settings Colour mine 2>&1 >/dev/null)
 check "another user's file in a folder without the sticky bit is not replaced" \
   'has "$err" "$denied" && [ "$(cat "$settings")" = "<Settings><Colour>root</Colour></Settings>" ] && [ "$(stat -c %U:%a "$settings")" = root:644 ] && intact'
 
