@@ -35,8 +35,7 @@ done
 check "did you mean: only for a near name" '[ "$err" = "ostrel: unknown command '"'"'frobnicate'"'"'" ]'
 
 # Registry files: a bad one stops the tool naming the file and the line.
-good="$work/good.reg"
-bad="$work/bad.reg"
+good="$work/good.reg" bad="$work/bad.reg"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Some"="thing"\r\n' >"$good"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Broken"=nonsense\r\n' >"$bad"
 try "a bad registry file exits 1 naming file and line" '[ "$rc" = 1 ] && has "$err" "bad\.reg(:|.*line )4"' --registry "$good" --registry "$bad" pcinfo
@@ -64,18 +63,15 @@ try "process run: ready with the id, or started with an id the component can't h
     '{ [ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"; } || { [ "$rc" = 3 ] && [[ "$out" =~ $overflow ]] && [ "${BASH_REMATCH[1]}" -gt 32767 ]; }' process run --ready-file "$ready" "$command"
 if ! $windows && unshare --pid --fork --mount-proc true 2>/dev/null; then
     # ids from 39990 in a namespace of its own
-    out=$(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh \
-        "${tool[@]}" process run "sleep 1")
-    rc=$?
-    check "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]'
+    from_39990() { local tool=(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh "${tool[@]}"); try "$@"; }
+    from_39990 "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]' process run "sleep 1"
 fi
 try "process run: a program that can't start, with the error, exit 4" '[ "$rc" = 4 ] && has "$out" "^could not start: 53, "' process run "no-such-program --flag"
 
 # The About window as the component builds it (shown only on Windows, so only --json here).
-run about --json
-flat=$(tr -d ' \n' <<<"$out")
+flat=$("${tool[@]}" about --json | tr -d ' \r\n')
 check "about --json: cmdOK in twips and pixels, default and cancel, the tab order, the logo at its 150 x 56 pixels" \
-    '[ "$rc" = 0 ] && has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
+    'has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
      has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\],\"DefaultButton\":\"cmdOK\",\"CancelButton\":\"cmdOK\"" &&
      has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}"'
 OSTREL_LANGUAGE=de try "about --json: the caption, in German with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""' about --json
@@ -84,8 +80,7 @@ OSTREL_LANGUAGE=de try "about --json: the caption, in German with OSTREL_LANGUAG
 # sub-command that --help lists has a help of its own and a section in the
 # manual, which groff renders without a warning.
 commands_of() { sed -n '/^Subcommands:/,/^$/p' <<<"$1" | awk 'NR > 1 && NF { print $1 }'; }
-run manual
-manual=$out
+manual=$("${tool[@]}" manual | tr -d '\r')
 $windows || check "the manual renders without warnings" '[ -z "$(groff -ww -z -man <<<"$manual" 2>&1)" ]'
 try "--help lists the exit codes and the environment" 'has "$out" "^  4  not done" && has "$out" "OSTREL_LANGUAGE"' --help
 for command in $(commands_of "$out"); do
@@ -160,8 +155,7 @@ if ! $windows; then
     try "about without --json: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"' about
 
     # The bash completion comes from the same model as the help.
-    run completion bash
-    completed=$(bash -c '. /dev/stdin; COMP_WORDS=(ostrel cat); COMP_CWORD=1; _ostrel; echo "${COMPREPLY[*]}"' <<<"$out")
+    completed=$("${tool[@]}" completion bash | bash -c '. /dev/stdin; COMP_WORDS=(ostrel cat); COMP_CWORD=1; _ostrel; echo "${COMPREPLY[*]}"')
     check "completion: ostrel cat completes to catalogue" '[ "$completed" = catalogue ]'
 
     # settings set: a value that went nowhere exits 4 with the component's reason.

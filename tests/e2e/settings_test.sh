@@ -77,14 +77,12 @@ try "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]' --trace 
 # that started too late (a loaded machine, Wine) found the lock gone and got
 # it plain: that round shows nothing, and runs again with more time.
 for delay in 0.5 2 5; do
-  ( "${tool[@]}" --trace mutex --timeout 30000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
+  ( run --trace mutex --timeout 30000 "$name"; echo "$rc" >"$work/rc" ) &
   waiter=$!
   sleep "$delay"
   gone "mutex --hold 60000 $name"
   wait "$waiter"
-  rc=$(cat "$work/waiter.rc")
-  out=$(tr -d '\r' <"$work/waiter")
-  err=$(tr -d '\r' <"$work/waiter.err")
+  rc=$(cat "$work/rc") out=$(tr -d '\r' <"$work/out") err=$(tr -d '\r' <"$work/err")
   { [ "$rc" = 0 ] && ! has "$err" "Obtained abandoned mutex("; } || break
   hold "$name" 60000
 done
