@@ -16,9 +16,8 @@ check "pcinfo values" '[ "$(grep -cE "^(Computer|User)Name +: [^ ]|^Groups +: No
 
 # pcinfo --json: one object; strings, a null Groups and booleans, in the same order.
 run pcinfo --json
-shape=$(sed -E 's/^  "([A-Za-z0-9]+)": (".*"|null|true|false),?$/\1=\2/; s/=".*"$/=text/; s/=(true|false)$/=bool/' <<<"$out" | paste -sd ' ')
-expected=$(sed -E 's/([A-Za-z0-9]+)/\1=text/g; s/Groups=text/Groups=null/; s/(Is[A-Za-z0-9]+)=text/\1=bool/g' <<<"$keys")
-check "pcinfo --json" '[ "$rc" = 0 ] && [ "$shape" = "{ $expected }" ]'
+expect "pcinfo --json" "{ $(sed -E 's/([A-Za-z0-9]+)/\1=text/g; s/Groups=text/Groups=null/; s/(Is[A-Za-z0-9]+)=text/\1=bool/g' <<<"$keys") }" \
+    "$(sed -E 's/^  "([A-Za-z0-9]+)": (".*"|null|true|false),?$/\1=\2/; s/=".*"$/=text/; s/=(true|false)$/=bool/' <<<"$out" | paste -sd ' ')"
 
 try "--version: version, commit, build type, target" \
     'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+ \(([0-9a-f]{7}|unknown), [^,]+, [^,)]+\)$"' --version
@@ -46,16 +45,15 @@ OSTREL_REGISTRY=$list try "--registry takes the place of OSTREL_REGISTRY" '[ "$r
 
 # Processes: the tool finds itself; a started program is ready once its file is there.
 program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
-if $windows; then folder='C:\Some\Folder\'; else folder=/some/folder/; fi
-try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
-try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 if $windows; then
-    ready="$(winepath -w "$work")\\ready.txt"
+    folder='C:\Some\Folder\' ready="$(winepath -w "$work")\\ready.txt"
     command="cmd.exe /c echo up>\"$ready\""
 else
-    ready="$work/ready.txt"
+    folder=/some/folder/ ready="$work/ready.txt"
     command="sh -c \"echo up > '$ready'; sleep 2\""
 fi
+try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
+try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 # Ready with its id; where ids pass 32767 the component's 16-bit id takes
 # its failure path, and the tool says so.
 overflow="^started as ([0-9]+); an id above 32767 is reported as a failure by the component$"

@@ -27,10 +27,9 @@ try "a number without text: error 5 naming it, exit 1" '[ "$rc" = 1 ] && [ "$err
 
 # --direct asks for the other form of the variant (the order: the
 # LocalisedFiles suite).
-mkdir "$work/files"
-touch "$work/files/Guide.chm" "$work/files/Guide_de.chm" "$work/files/Guidede.chm"
+touch "$work/Guide.chm" "$work/Guide_de.chm" "$work/Guidede.chm"
 export LANG=de_DE.UTF-8
-try "localised-file --direct" '[ "$out" = "$work/files/Guidede.chm" ]' language localised-file --direct "$work/files/Guide.chm"
+try "localised-file --direct" '[ "$out" = "$work/Guidede.chm" ]' language localised-file --direct "$work/Guide.chm"
 
 # The tool alone, without its data files: the built-in English texts.
 mkdir "$work/alone"
