@@ -116,14 +116,13 @@ rows=(
 # (settings set under Wine: tests/e2e/settings_test.sh)
 $windows || rows+=("0 settings set Settings Colour red" "4 path delete /proc/version" "0 path browse")
 for i in "${!rows[@]}"; do
-    row=${rows[i]}
-    eval "args=($row)"
+    eval "args=(${rows[i]})"
     expected=${args[0]}
     if ((i % 2)); then run "${args[@]:1}" --registry "$good" --json </dev/null; else run --registry "$good" --json "${args[@]:1}" </dev/null; fi
     if [ "$expected" = 2 ]; then
-        check "$row: a usage error naming the form" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "yyyy-mm-dd hh:nn:ss"'
+        check "${rows[i]}: a usage error naming the form" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "yyyy-mm-dd hh:nn:ss"'
     else
-        check "$row --json" '[ "$rc" = "$expected" ] && python3 -m json.tool <<<"$out" >/dev/null'
+        check "${rows[i]} --json" '[ "$rc" = "$expected" ] && python3 -m json.tool <<<"$out" >/dev/null'
     fi
 done
 # A non-ASCII argument comes back as it went in (on Windows: the wide command

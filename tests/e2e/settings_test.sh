@@ -98,7 +98,7 @@ gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 # is nobody; daemon is a second victim, one without a runtime folder.
 if ! $windows && [ "$(id -u)" = 0 ]; then
   attacker() { setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"; }
-  as_daemon() { local tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${tool[@]}"); run "$@"; }
+  daemon_lock() { local tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${tool[@]}"); try "$@" --trace mutex --timeout 0 "$lockname"; }
   lockname="ostrel-e2e-lock-$$"
   attacker sh -c "head -c 64 /dev/zero | tr '\\0' '\\1' >/dev/shm/ostrel-0-$lockname"
   try "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' --trace mutex --timeout 0 "$lockname"
@@ -109,12 +109,10 @@ if ! $windows && [ "$(id -u)" = 0 ]; then
   for plant in "mkdir -m 777 $private" "ln -s $theirs $private"; do
     rm -rf "$private"
     attacker sh -c "$plant"
-    as_daemon --trace mutex --timeout 0 "$lockname"
-    check "a lock folder another user made first is refused ($plant)" '[ "$rc" = 3 ] && has "$err" "Failed creating mutex($lockname)" && [ -z "$(ls -A "$theirs")" ]'
+    daemon_lock "a lock folder another user made first is refused ($plant)" '[ "$rc" = 3 ] && has "$err" "Failed creating mutex($lockname)" && [ -z "$(ls -A "$theirs")" ]'
   done
   rm -rf "$private"
-  as_daemon --trace mutex --timeout 0 "$lockname"
-  check "without one, the user makes its own lock folder" '[ "$rc" = 0 ] && [ "$(stat -c "%U %a" "$private")" = "daemon 700" ]'
+  daemon_lock "without one, the user makes its own lock folder" '[ "$rc" = 0 ] && [ "$(stat -c "%U %a" "$private")" = "daemon 700" ]'
   rm -rf "$private" "$theirs"
 fi
 
