@@ -16,19 +16,8 @@ check "pcinfo values" '[ "$(grep -cE "^(Computer|User)Name +: [^ ]|^Groups +: No
 
 # pcinfo --json: one object; strings, a null Groups and booleans, in the same order.
 run pcinfo --json
-shape=$(sed -E 's/^  "([A-Za-z0-9]+)": (".*"|null|true|false),?$/\1=\2/; s/=".*"$/=text/; s/=(true|false)$/=bool/' <<<"$out" | tr '\n' ' ')
-expected="{ "
-for key in $keys; do
-    case $key in Groups) expected+="$key=null " ;; Is*) expected+="$key=bool " ;; *) expected+="$key=text " ;; esac
-done
-check "pcinfo --json" '[ "$rc" = 0 ] && [ "$shape" = "$expected} " ]'
-
-if ! $windows; then
-    # USERNAME first; where it is unset, the login name.
-    USERNAME=pat.example try "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"' pcinfo
-    out=$(env -u USERNAME "${tool[@]}" pcinfo)
-    check "UserName without USERNAME is the login name" 'has "$out" "^UserName +: $(id -un)\$"'
-fi
+expect "pcinfo --json" "{ $(sed -E 's/([A-Za-z0-9]+)/\1=text/g; s/Groups=text/Groups=null/; s/(Is[A-Za-z0-9]+)=text/\1=bool/g' <<<"$keys") }" \
+    "$(sed -E 's/^  "([A-Za-z0-9]+)": (".*"|null|true|false),?$/\1=\2/; s/=".*"$/=text/; s/=(true|false)$/=bool/' <<<"$out" | paste -sd ' ')"
 
 try "--version: version, commit, build type, target" \
     'has "$out" "^ostrel [0-9]+\.[0-9]+\.[0-9]+ \(([0-9a-f]{7}|unknown), [^,]+, [^,)]+\)$"' --version
@@ -45,48 +34,26 @@ done
 check "did you mean: only for a near name" '[ "$err" = "ostrel: unknown command '"'"'frobnicate'"'"'" ]'
 
 # Registry files: a bad one stops the tool naming the file and the line.
-good="$work/good.reg"
-bad="$work/bad.reg"
+good="$work/good.reg" bad="$work/bad.reg"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Some"="thing"\r\n' >"$good"
 printf 'REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL]\r\n"Broken"=nonsense\r\n' >"$bad"
 try "a bad registry file exits 1 naming file and line" '[ "$rc" = 1 ] && has "$err" "bad\.reg(:|.*line )4"' --registry "$good" --registry "$bad" pcinfo
 
-# Registry files are read as streams (missing, folders and deep keys: the
-# RegFile suite).
-if ! $windows; then
-    try "a /proc file is read, not taken for empty" '[ "$rc" = 1 ] && has "$err" "status:1: not a registry file"' --registry /proc/self/status pcinfo
-    try "a process substitution and /dev/stdin are read" '[ "$rc" = 0 ]' --registry <(cat "$good") --registry /dev/stdin pcinfo <"$good"
-fi
-
-if $windows; then sep=';'; else sep=':'; fi
-export OSTREL_REGISTRY="$good$sep$bad"
-try "OSTREL_REGISTRY is read, every file of the list" '[ "$rc" = 1 ] && has "$err" "bad\.reg"' pcinfo
-try "--registry takes the place of OSTREL_REGISTRY" '[ "$rc" = 0 ]' --registry "$good" pcinfo
-unset OSTREL_REGISTRY
-
-if ! $windows; then
-    # --trace shows the diagnostic output on stderr; it needs the marker to say much.
-    mkdir -p "$work/data/QUORL"
-    touch "$work/data/QUORL/debug_ot"
-    export ProgramData="$work/data"
-    try "--trace writes the banner and the tests to stderr" \
-        '[ "$rc" = 0 ] && has "$err" "^\*\*\* START version: " && has "$err" "^OS is XP or higher$"' --trace pcinfo --json
-    try "without --trace stderr stays quiet" '[ "$rc" = 0 ] && [ -z "$err" ]' pcinfo --json
-    unset ProgramData
-fi
+if $windows; then list="$good;$bad"; else list="$good:$bad"; fi
+OSTREL_REGISTRY=$list try "OSTREL_REGISTRY is read, every file of the list" '[ "$rc" = 1 ] && has "$err" "bad\.reg"' pcinfo
+OSTREL_REGISTRY=$list try "--registry takes the place of OSTREL_REGISTRY" '[ "$rc" = 0 ]' --registry "$good" pcinfo
 
 # Processes: the tool finds itself; a started program is ready once its file is there.
 program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
-if $windows; then folder='C:\Some\Folder\'; else folder=/some/folder/; fi
-try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
-try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 if $windows; then
-    ready="$(winepath -w "$work")\\ready.txt"
+    folder='C:\Some\Folder\' ready="$(winepath -w "$work")\\ready.txt"
     command="cmd.exe /c echo up>\"$ready\""
 else
-    ready="$work/ready.txt"
+    folder=/some/folder/ ready="$work/ready.txt"
     command="sh -c \"echo up > '$ready'; sleep 2\""
 fi
+try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
+try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 # Ready with its id; where ids pass 32767 the component's 16-bit id takes
 # its failure path, and the tool says so.
 overflow="^started as ([0-9]+); an id above 32767 is reported as a failure by the component$"
@@ -94,35 +61,24 @@ try "process run: ready with the id, or started with an id the component can't h
     '{ [ "$rc" = 0 ] && has "$out" "^ready [0-9]+$"; } || { [ "$rc" = 3 ] && [[ "$out" =~ $overflow ]] && [ "${BASH_REMATCH[1]}" -gt 32767 ]; }' process run --ready-file "$ready" "$command"
 if ! $windows && unshare --pid --fork --mount-proc true 2>/dev/null; then
     # ids from 39990 in a namespace of its own
-    out=$(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh \
-        "${tool[@]}" process run "sleep 1")
-    rc=$?
-    check "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]'
+    from_39990() { local tool=(unshare --pid --fork --mount-proc sh -c 'echo 39990 >/proc/sys/kernel/ns_last_pid && exec "$@"' sh "${tool[@]}"); try "$@"; }
+    from_39990 "process run: an id above 32767 told as such, exit 3" '[ "$rc" = 3 ] && [[ "$out" =~ $overflow ]]' process run "sleep 1"
 fi
 try "process run: a program that can't start, with the error, exit 4" '[ "$rc" = 4 ] && has "$out" "^could not start: 53, "' process run "no-such-program --flag"
 
 # The About window as the component builds it (shown only on Windows, so only --json here).
-run about --json
-flat=$(tr -d ' \n' <<<"$out")
-check "about --json: caption, cmdOK in twips and pixels, default and cancel" \
-    '[ "$rc" = 0 ] && has "$flat" "\"Caption\":\"AboutOstrel\"" &&
-     has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
-     has "$flat" "\"DefaultButton\":\"cmdOK\",\"CancelButton\":\"cmdOK\""'
-check "about --json: the tab order, the logo at its 150 x 56 pixels, the version label" \
-    'has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\]" &&
-     has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}" &&
-     has "$flat" "\"Text\":\"V[0-9]+\\.[0-9]+\\.[0-9]+\""'
-OSTREL_LANGUAGE=de try "about --json: German texts with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""' about --json
-if ! $windows; then
-    try "about without --json on Linux: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"' about
-fi
+flat=$("${tool[@]}" about --json | tr -d ' \r\n')
+check "about --json: cmdOK in twips and pixels, default and cancel, the tab order, the logo at its 150 x 56 pixels" \
+    'has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
+     has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\],\"DefaultButton\":\"cmdOK\",\"CancelButton\":\"cmdOK\"" &&
+     has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}"'
+OSTREL_LANGUAGE=de try "about --json: the caption, in German with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""' about --json
 
 # Help and the manual against the command model: every command and
 # sub-command that --help lists has a help of its own and a section in the
 # manual, which groff renders without a warning.
 commands_of() { sed -n '/^Subcommands:/,/^$/p' <<<"$1" | awk 'NR > 1 && NF { print $1 }'; }
-run manual
-manual=$out
+manual=$("${tool[@]}" manual | tr -d '\r')
 $windows || check "the manual renders without warnings" '[ -z "$(groff -ww -z -man <<<"$manual" 2>&1)" ]'
 try "--help lists the exit codes and the environment" 'has "$out" "^  4  not done" && has "$out" "OSTREL_LANGUAGE"' --help
 for command in $(commands_of "$out"); do
@@ -133,12 +89,6 @@ for command in $(commands_of "$out"); do
         check "help and manual: $path" '[ "$rc" = 0 ] && has "$out" "^Usage: ostrel $path" && grep -qxF ".SS \"${path//-/\\-}\"" <<<"$manual"'
     done
 done
-if ! $windows; then
-    # The bash completion comes from the same model.
-    run completion bash
-    completed=$(bash -c '. /dev/stdin; COMP_WORDS=(ostrel cat); COMP_CWORD=1; _ostrel; echo "${COMPREPLY[*]}"' <<<"$out")
-    check "completion: ostrel cat completes to catalogue" '[ "$completed" = catalogue ]'
-fi
 
 # Every command that prints a result, under --json: its exit code, and one
 # JSON document on stdout (none after a usage error, whose message shows the
@@ -155,38 +105,58 @@ files=$(native "$work/files")
 nonascii="$files/J$(printf '\xc3\xbc')rgen-$(printf '\xe6\xb5\x8b')"
 rows=(
     "0 catalogue" "0 product Beta" "3 product nosuch" "0 toolbar-key b-2" "3 toolbar-key q-0"
-    "0 install-dir" "0 pcinfo" "0 settings get Settings Colour --default d"
-    "0 mutex --timeout 100 OSTREL_CLI_TEST"
+    "0 install-dir" "0 pcinfo" "0 settings get Settings Colour --default d" "0 mutex --timeout 100 OSTREL_CLI_TEST"
     "0 process find '$program'" "3 process find no-such-program" "4 process run no-such-program"
     "0 time to-gmt '2026-01-15 12:00:00'" "0 time from-gmt '2026-07-15 12:00:00.5'" "0 time now-gmt"
     "2 time to-gmt '2026-02-30 12:00:00'" "2 time to-gmt '2026-02-28 -1:00:00'"
-    "2 time to-gmt '2026-02-28 12:00:1e1'" "0 path long '$nonascii'"
-    "0 path delete '$files/doomed'" "0 language text 108" "0 language suffixes"
-    "3 language localised-file '$files/none.chm'" "0 network cards" "0 network adapters"
-    "3 network interface nope" "0 inventory" "0 about"
+    "2 time to-gmt '2026-02-28 12:00:1e1'" "0 path long '$nonascii'" "0 path delete '$files/doomed'"
+    "0 language text 108" "0 language suffixes" "3 language localised-file '$files/none.chm'" "0 network cards"
+    "0 network adapters" "3 network interface nope" "0 inventory" "0 about"
 )
 # (settings set under Wine: tests/e2e/settings_test.sh)
 $windows || rows+=("0 settings set Settings Colour red" "4 path delete /proc/version" "0 path browse")
-before=true
-for row in "${rows[@]}"; do
-    eval "args=($row)"
+for i in "${!rows[@]}"; do
+    eval "args=(${rows[i]})"
     expected=${args[0]}
-    if $before; then run --registry "$good" --json "${args[@]:1}" </dev/null; else run "${args[@]:1}" --registry "$good" --json </dev/null; fi
+    if ((i % 2)); then run "${args[@]:1}" --registry "$good" --json </dev/null; else run --registry "$good" --json "${args[@]:1}" </dev/null; fi
     if [ "$expected" = 2 ]; then
-        check "$row: a usage error naming the form" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "yyyy-mm-dd hh:nn:ss"'
+        check "${rows[i]}: a usage error naming the form" '[ "$rc" = 2 ] && [ -z "$out" ] && has "$err" "yyyy-mm-dd hh:nn:ss"'
     else
-        check "$row --json" '[ "$rc" = "$expected" ] && python3 -m json.tool <<<"$out" >/dev/null'
+        check "${rows[i]} --json" '[ "$rc" = "$expected" ] && python3 -m json.tool <<<"$out" >/dev/null'
     fi
-    if $before; then before=false; else before=true; fi
 done
 # A non-ASCII argument comes back as it went in (on Windows: the wide command
 # line, UTF-8 out; Wine maps it under a UTF-8 locale).
 LANG=C.UTF-8 try "a non-ASCII argument read back" '[ "$(python3 -c "import json,sys; print(json.load(sys.stdin)[\"Path\"])" <<<"$out")" = "$nonascii" ]' --json path long "$nonascii"
 
+unset ProgramData
+
+# What only a Linux build does or shows.
 if ! $windows; then
+    # USERNAME first; where it is unset, the login name.
+    USERNAME=pat.example try "UserName from USERNAME" 'has "$out" "^UserName +: pat\.example$"' pcinfo
+    check "UserName without USERNAME is the login name" 'has "$(env -u USERNAME "${tool[@]}" pcinfo)" "^UserName +: $(id -un)\$"'
+
+    # Registry files are read as streams (missing, folders and deep keys: the
+    # RegFile suite).
+    try "a /proc file is read, not taken for empty" '[ "$rc" = 1 ] && has "$err" "status:1: not a registry file"' --registry /proc/self/status pcinfo
+    try "a process substitution and /dev/stdin are read" '[ "$rc" = 0 ]' --registry <(cat "$good") --registry /dev/stdin pcinfo <"$good"
+
+    # --trace shows the diagnostic output on stderr; it needs the marker to say much.
+    mkdir -p "$work/data/QUORL"
+    touch "$work/data/QUORL/debug_ot"
+    ProgramData="$work/data" try "--trace writes the banner and the tests to stderr" \
+        '[ "$rc" = 0 ] && has "$err" "^\*\*\* START version: " && has "$err" "^OS is XP or higher$"' --trace pcinfo --json
+    ProgramData="$work/data" try "without --trace stderr stays quiet" '[ "$rc" = 0 ] && [ -z "$err" ]' pcinfo --json
+
+    try "about without --json: no window, error 429, exit 1" '[ "$rc" = 1 ] && has "$err" "error 429"' about
+
+    # The bash completion comes from the same model as the help.
+    completed=$("${tool[@]}" completion bash | bash -c '. /dev/stdin; COMP_WORDS=(ostrel cat); COMP_CWORD=1; _ostrel; echo "${COMPREPLY[*]}"')
+    check "completion: ostrel cat completes to catalogue" '[ "$completed" = catalogue ]'
+
     # settings set: a value that went nowhere exits 4 with the component's reason.
     ProgramData="$work/no-such-folder" try "settings set: not stored, exit 4 with the reason" '[ "$rc" = 4 ] && has "$err" "^ostrel: not stored: \[gsubSaveApplicationSetting\] Unable to save"' settings set Settings Colour red
 fi
-unset ProgramData
 
 finish cli_test

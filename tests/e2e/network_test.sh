@@ -29,14 +29,12 @@ expect "interface --json: thirteen keys in order, EnableDHCP a number" \
 import json, sys
 d = json.load(sys.stdin)
 print(" ".join(k + ("=" + str(v) if k in ("EnableDHCP", "DhcpNameServer") else "") for k, v in d.items()))')"
-expect "an interface without a key: empty, exit 3" "{}|3" "$(run network interface nope --json | tr -d ' \n')|$?"
 
 # Named files are the whole registry: nothing of this machine is added.
 expect "files alone" "||" "$(OSTREL_REGISTRY="$fixtures/catalogue.reg" "$ostrel" network adapters | paste -sd '|')|$(run network interface lo --json | tr -d ' \n' | sed 's/{}//')|"
 
 # The live machine: every interface an adapter, the loopback's own address.
-live="$("$ostrel" network adapters | sort | paste -sd ' ')"
-expect "live adapters" "$(ls /sys/class/net | sort | paste -sd ' ')" "$live"
+expect "live adapters" "$(ls /sys/class/net | sort | paste -sd ' ')" "$("$ostrel" network adapters | sort | paste -sd ' ')"
 expect "live cards: each with a device behind it" "" "$("$ostrel" network cards | while read -r card; do [ -e "/sys/class/net/$card/device" ] || echo "$card"; done)"
 expect "live loopback" '"127.0.0.1"' "$("$ostrel" network interface lo --json | python3 -c 'import json,sys; print(json.dumps(json.load(sys.stdin)["IPAddress"]))')"
 expect "usage: interface needs a name" "2" "$("$ostrel" network interface >/dev/null 2>&1; echo $?)"

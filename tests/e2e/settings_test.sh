@@ -33,7 +33,6 @@ clean_older
 mkdir -p "$data"
 has() { grep -qF -- "$2" <<<"$1"; }
 file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
-now_ms() { echo $(($(date +%s%N) / 1000000)); }
 
 # hold NAME MS: a process that holds the lock; returns once it has it. The
 # holds are long and end by a kill, so that a slow start of the next process
@@ -67,9 +66,9 @@ try "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mf
 # A holder in another process past the time-out: 0, one line, the whole wait.
 name="ostrel-e2e-$$"
 hold "$name" 60000
-start=$(now_ms)
+start=$(date +%s%3N)
 run --trace mutex --timeout 500 "$name"
-took=$(($(now_ms) - start))
+took=$(($(date +%s%3N) - start))
 check "a lock held elsewhere is not obtained" '[ "$rc" = 3 ] && [ "$out" = 0 ] && [ "$(grep -c "Failed getting mutex($name)" <<<"$err")" = 1 ]'
 check "and the whole time-out is spent ($took ms)" '[ "$took" -ge 450 ]'
 try "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]' --trace mutex --timeout 0 "$name"
@@ -78,14 +77,12 @@ try "a time-out of 0 answers at once" '[ "$rc" = 3 ] && [ "$out" = 0 ]' --trace 
 # that started too late (a loaded machine, Wine) found the lock gone and got
 # it plain: that round shows nothing, and runs again with more time.
 for delay in 0.5 2 5; do
-  ( "${tool[@]}" --trace mutex --timeout 30000 "$name" >"$work/waiter" 2>"$work/waiter.err"; echo $? >"$work/waiter.rc" ) &
+  ( run --trace mutex --timeout 30000 "$name"; echo "$rc" >"$work/rc" ) &
   waiter=$!
   sleep "$delay"
   gone "mutex --hold 60000 $name"
   wait "$waiter"
-  rc=$(cat "$work/waiter.rc")
-  out=$(tr -d '\r' <"$work/waiter")
-  err=$(tr -d '\r' <"$work/waiter.err")
+  rc=$(cat "$work/rc") out=$(tr -d '\r' <"$work/out") err=$(tr -d '\r' <"$work/err")
   { [ "$rc" = 0 ] && ! has "$err" "Obtained abandoned mutex("; } || break
   hold "$name" 60000
 done
@@ -101,12 +98,7 @@ gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 # is nobody; daemon is a second victim, one without a runtime folder.
 if ! $windows && [ "$(id -u)" = 0 ]; then
   attacker() { setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"; }
-  as_daemon() {
-    local own=("${tool[@]}")
-    tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${own[@]}")
-    run "$@"
-    tool=("${own[@]}")
-  }
+  daemon_lock() { local tool=(setpriv --reuid=daemon --regid=daemon --clear-groups env -u XDG_RUNTIME_DIR "${tool[@]}"); try "$@" --trace mutex --timeout 0 "$lockname"; }
   lockname="ostrel-e2e-lock-$$"
   attacker sh -c "head -c 64 /dev/zero | tr '\\0' '\\1' >/dev/shm/ostrel-0-$lockname"
   try "a file another user made in shared memory is not root's lock" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' --trace mutex --timeout 0 "$lockname"
@@ -117,12 +109,10 @@ if ! $windows && [ "$(id -u)" = 0 ]; then
   for plant in "mkdir -m 777 $private" "ln -s $theirs $private"; do
     rm -rf "$private"
     attacker sh -c "$plant"
-    as_daemon --trace mutex --timeout 0 "$lockname"
-    check "a lock folder another user made first is refused ($plant)" '[ "$rc" = 3 ] && has "$err" "Failed creating mutex($lockname)" && [ -z "$(ls -A "$theirs")" ]'
+    daemon_lock "a lock folder another user made first is refused ($plant)" '[ "$rc" = 3 ] && has "$err" "Failed creating mutex($lockname)" && [ -z "$(ls -A "$theirs")" ]'
   done
   rm -rf "$private"
-  as_daemon --trace mutex --timeout 0 "$lockname"
-  check "without one, the user makes its own lock folder" '[ "$rc" = 0 ] && [ "$(stat -c "%U %a" "$private")" = "daemon 700" ]'
+  daemon_lock "without one, the user makes its own lock folder" '[ "$rc" = 0 ] && [ "$(stat -c "%U %a" "$private")" = "daemon 700" ]'
   rm -rf "$private" "$theirs"
 fi
 

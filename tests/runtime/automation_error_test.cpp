@@ -4,6 +4,10 @@
 
 #include <new>
 #include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "fakes/error_number.h"
 
 namespace ostrel {
 namespace {
@@ -17,36 +21,27 @@ TEST(AutomationError, RaiseCarriesTheStandardDescription) {
         {-1, "Application-defined or object-defined error"},
     };
     for (const auto& [number, text] : cases) {
-        try {
-            raise(number);
-            FAIL() << "raise returned";
-        } catch (const AutomationError& e) {
-            EXPECT_EQ(e.number, number);
-            EXPECT_EQ(e.description, text);
-            EXPECT_STREQ(e.what(), text);
-            EXPECT_EQ(e.source, "Ostrel");
-        }
+        const AutomationError e = fakes::errorOf([number = number] { raise(number); });
+        EXPECT_EQ(e.number, number);
+        EXPECT_EQ(e.description, text);
+        EXPECT_STREQ(e.what(), text);
+        EXPECT_EQ(e.source, "Ostrel");
     }
 }
 
 TEST(AutomationError, CurrentErrorTurnsAnyExceptionIntoAnError) {
-    const auto caught = [](auto&& thrower) {
+    using Error = std::pair<int32_t, std::string>;
+    const auto caught = [](auto&& thrower) -> Error {
         try {
             thrower();
         } catch (...) {
-            return currentError();
+            return {currentError().number, currentError().description};
         }
-        return AutomationError(-1, "nothing thrown");
+        return {-1, "nothing thrown"};
     };
-    const AutomationError own = caught([] { raise(457, "[Add] taken"); });
-    EXPECT_EQ(own.number, 457);
-    EXPECT_EQ(own.description, "[Add] taken");
-    const AutomationError memory = caught([] { throw std::bad_alloc(); });
-    EXPECT_EQ(memory.number, 7);
-    EXPECT_EQ(memory.description, "Out of memory");
-    const AutomationError other = caught([] { throw std::runtime_error("boom"); });
-    EXPECT_EQ(other.number, 51);
-    EXPECT_EQ(other.description, "Internal error");
+    EXPECT_EQ(caught([] { raise(457, "[Add] taken"); }), (Error{457, "[Add] taken"}));
+    EXPECT_EQ(caught([] { throw std::bad_alloc(); }), (Error{7, "Out of memory"}));
+    EXPECT_EQ(caught([] { throw std::runtime_error("boom"); }), (Error{51, "Internal error"}));
     EXPECT_EQ(currentError().number, 0);
 }
 

