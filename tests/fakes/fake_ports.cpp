@@ -11,32 +11,38 @@ namespace ostrel::fakes {
 
 namespace {
 
-bool answerName(const std::map<int32_t, std::string>& names, int32_t format, std::string& buffer,
-                uint32_t& size) {
-    const auto found = names.find(format);
-    if (found == names.end()) return false;
-    const std::string& name = found->second;
-    const size_t needed = name.size() + 1;
-    if (size < needed || buffer.size() < needed) {
-        size = static_cast<uint32_t>(needed);
-        return false;
-    }
-    buffer.replace(0, needed, name + '\0');
-    size = static_cast<uint32_t>(name.size());
-    return true;
-}
-
 // Seconds from 1 Jan 1601, through the run time's calendar.
 constexpr int64_t kTicksPerSecond = 10'000'000;
 double firstDay() {
     return toCalendarValue(DateTimeParts{1601, 1, 1});
 }
 
+// The text and a NUL at the start of the buffer: its length, or when it
+// doesn't fit, the size it needs.
 uint32_t answerText(const std::string& text, std::string& buffer, uint32_t size) {
     const auto needed = static_cast<uint32_t>(text.size() + 1);
     if (needed > size || buffer.size() < needed) return needed;
     buffer.replace(0, needed, text + '\0');
     return needed - 1;
+}
+
+bool answerName(const std::map<int32_t, std::string>& names, int32_t format, std::string& buffer,
+                uint32_t& size) {
+    const auto found = names.find(format);
+    if (found == names.end()) return false;
+    size = answerText(found->second, buffer, size);
+    return size == found->second.size();
+}
+
+std::string settingKey(std::string_view application, std::string_view section,
+                       std::string_view key) {
+    return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
+}
+
+std::string hex(uint32_t number) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%X", number);
+    return text;
 }
 
 // The application, the chosen folder and its item in one: each answer is a
@@ -64,6 +70,28 @@ class FakeShellObject : public platform::ShellApplication,
     FakeShell& shell_;
 };
 
+class FakeWmiServices final : public platform::WmiServices {
+  public:
+    explicit FakeWmiServices(FakeWmi& wmi)
+        : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
+              const auto& failing = wmi.failingClasses;
+              if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
+                  raise(-2147217392, "Invalid class");
+              }
+              const auto found = wmi.classes.find(std::string(className));
+              if (found == wmi.classes.end()) return std::nullopt;
+              return found->second;
+          }) {}
+    std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
+        wmi_.queries.emplace_back(query);
+        return records_.execQuery(query);
+    }
+
+  private:
+    FakeWmi& wmi_;
+    platform::WmiRecordServices records_;
+};
+
 }  // namespace
 
 bool FakeTimeZone::systemTimeToFileTime(const platform::SystemTimeRecord& time,
@@ -88,14 +116,10 @@ bool FakeTimeZone::fileTimeToSystemTime(platform::FileTimeValue fileTime,
     const DateTimeParts parts =
         fromCalendarValue(firstDay() + static_cast<double>(seconds / 86400));
     const int64_t second = seconds % 86400;
-    time = platform::SystemTimeRecord{static_cast<int16_t>(parts.year),
-                                      static_cast<int16_t>(parts.month),
-                                      0,
-                                      static_cast<int16_t>(parts.day),
-                                      static_cast<int16_t>(second / 3600),
-                                      static_cast<int16_t>(second / 60 % 60),
-                                      static_cast<int16_t>(second % 60),
-                                      milliseconds};
+    const auto part = [](int64_t number) { return static_cast<int16_t>(number); };
+    time = {part(parts.year),  part(parts.month),   0,
+            part(parts.day),   part(second / 3600), part(second / 60 % 60),
+            part(second % 60), milliseconds};
     return true;
 }
 
@@ -206,13 +230,6 @@ uint32_t FakeProcesses::start(std::string_view commandLine, int32_t windowStyle)
     return startedId;
 }
 
-namespace {
-std::string settingKey(std::string_view application, std::string_view section,
-                       std::string_view key) {
-    return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
-}
-}  // namespace
-
 std::string FakeProgramSettings::get(std::string_view application, std::string_view section,
                                      std::string_view key, std::string_view defaultValue) {
     ++reads;
@@ -228,25 +245,20 @@ void FakeProgramSettings::save(std::string_view application, std::string_view se
 
 int32_t FakeAnsiRegistry::openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
                                     int64_t& key) {
-    char hiveText[16];
-    std::snprintf(hiveText, sizeof hiveText, "%X", static_cast<uint32_t>(hive));
-    const std::string path = std::string(hiveText) + "\\" + std::string(subKey);
-    char mask[16];
-    std::snprintf(mask, sizeof mask, "%X", access);
-    calls.push_back("open " + path + " " + mask);
+    const std::string path = hex(static_cast<uint32_t>(hive)) + "\\" + std::string(subKey);
+    calls.push_back("open " + path + " " + hex(access));
     if (refused.count(path)) return 5;
     if (!keys.count(path)) return 2;
     key = nextHandle_++;
-    opened_[key] = path;
-    openHandles.insert(key);
+    openHandles[key] = path;
     return 0;
 }
 
 int32_t FakeAnsiRegistry::queryValueEx(int64_t key, std::string_view valueName, uint32_t& type,
                                        std::string& buffer, uint32_t& size) {
     calls.push_back("query " + std::to_string(key) + " " + std::string(valueName));
-    const auto path = opened_.find(key);
-    if (path == opened_.end()) return 6;
+    const auto path = openHandles.find(key);
+    if (path == openHandles.end()) return 6;
     const auto& values = keys[path->second];
     const auto value = values.find(std::string(valueName));
     if (value == values.end()) return 2;
@@ -274,31 +286,6 @@ void FakeWindowing::showModal(const Form& form, int64_t ownerWindow, const Click
         if (unloadedBy.back()) break;
     }
 }
-
-namespace {
-
-class FakeWmiServices final : public platform::WmiServices {
-  public:
-    explicit FakeWmiServices(FakeWmi& wmi)
-        : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
-              for (const std::string& failing : wmi.failingClasses) {
-                  if (failing == className) raise(-2147217392, "Invalid class");
-              }
-              const auto found = wmi.classes.find(std::string(className));
-              if (found == wmi.classes.end()) return std::nullopt;
-              return found->second;
-          }) {}
-    std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
-        wmi_.queries.emplace_back(query);
-        return records_.execQuery(query);
-    }
-
-  private:
-    FakeWmi& wmi_;
-    platform::WmiRecordServices records_;
-};
-
-}  // namespace
 
 std::unique_ptr<platform::WmiServices> FakeWmi::connect(std::string_view moniker) {
     monikers.emplace_back(moniker);

@@ -228,7 +228,7 @@ class FakeHelp : public platform::HelpPort {
 // refused fails to open with 5; a value larger than the buffer answers 234
 // with the size it needs. Calls are written down ("open KEY MASK",
 // "query HANDLE NAME", "close HANDLE"); handles count from 1, and those not
-// closed yet are in openHandles.
+// closed yet are in openHandles with their key.
 class FakeAnsiRegistry : public platform::AnsiRegistryPort {
   public:
     struct Value {
@@ -237,7 +237,7 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
     };
     std::map<std::string, std::map<std::string, Value>> keys;
     std::set<std::string> refused;
-    std::set<int64_t> openHandles;
+    std::map<int64_t, std::string> openHandles;
     std::vector<std::string> calls;
 
     int32_t openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
@@ -248,7 +248,6 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
     std::string fromAnsi(std::string_view bytes) override { return std::string(bytes); }
 
   private:
-    std::map<int64_t, std::string> opened_;
     int64_t nextHandle_ = 1;
 };
 
