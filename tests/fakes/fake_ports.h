@@ -41,6 +41,14 @@ class CapturingMessageBox : public platform::MessageBoxPort {
     void show(std::string_view text, int32_t style, std::string_view title) override {
         shown.push_back(Shown{std::string(text), style, std::string(title)});
     }
+    // Each box as "title|style|text".
+    std::vector<std::string> boxes() const {
+        std::vector<std::string> lines;
+        for (const Shown& box : shown) {
+            lines.push_back(box.title + "|" + std::to_string(box.style) + "|" + box.text);
+        }
+        return lines;
+    }
 };
 
 // Environment variables from a map (a missing entry is an unset variable)
