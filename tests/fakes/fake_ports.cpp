@@ -162,66 +162,12 @@ std::unique_ptr<platform::ShellApplication> FakeShell::createApplication() {
     return std::make_unique<FakeShellObject>(*this);
 }
 
-std::optional<std::string> FakeEnvironment::variable(std::string_view name) {
-    const auto found = variables.find(name);
-    if (found == variables.end()) return std::nullopt;
-    return found->second;
-}
-
-bool FakeSystemInfo::getVersionEx(platform::OsVersionRecord& record) {
-    versionAskedWith = record;
-    if (!versionSucceeds) return false;
-    record = version;
-    return true;
-}
-
 bool FakeSystemInfo::computerNameEx(int32_t format, std::string& buffer, uint32_t& size) {
     return answerName(computerNames, format, buffer, size);
 }
 
 bool FakeSystemInfo::userNameEx(int32_t format, std::string& buffer, uint32_t& size) {
     return answerName(userNames, format, buffer, size);
-}
-
-int32_t FakeNamedMutex::create(std::string_view name) {
-    calls.push_back("create " + std::string(name));
-    if (!createFails) return nextHandle_++;
-    lastError_ = failureCode;
-    return 0;
-}
-
-uint32_t FakeNamedMutex::wait(int32_t handle, int32_t timeoutMs) {
-    calls.push_back("wait " + std::to_string(handle) + " " + std::to_string(timeoutMs));
-    return waitAnswer;
-}
-
-bool FakeNamedMutex::release(int32_t handle) {
-    calls.push_back("release " + std::to_string(handle));
-    if (releaseFails) lastError_ = failureCode;
-    return !releaseFails;
-}
-
-bool FakeNamedMutex::close(int32_t handle) {
-    calls.push_back("close " + std::to_string(handle));
-    if (closeFails) lastError_ = failureCode + 1;
-    return !closeFails;
-}
-
-int64_t FakeProcesses::createSnapshot(uint32_t flags, uint32_t processId) {
-    if (snapshotFails || flags != 15 || processId != 0) return kInvalidSnapshot;
-    ++snapshotsOpen;
-    return 7;
-}
-
-bool FakeProcesses::firstProcess(int64_t snapshot, platform::ProcessEntry& entry) {
-    next_ = 0;
-    return nextProcess(snapshot, entry);
-}
-
-bool FakeProcesses::nextProcess(int64_t, platform::ProcessEntry& entry) {
-    if (next_ >= table.size()) return false;
-    entry = table[next_++];
-    return true;
 }
 
 uint32_t FakeProcesses::start(std::string_view commandLine, int32_t windowStyle) {
@@ -256,7 +202,6 @@ int32_t FakeAnsiRegistry::openKeyEx(int32_t hive, std::string_view subKey, uint3
 
 int32_t FakeAnsiRegistry::queryValueEx(int64_t key, std::string_view valueName, uint32_t& type,
                                        std::string& buffer, uint32_t& size) {
-    calls.push_back("query " + std::to_string(key) + " " + std::string(valueName));
     const auto path = openHandles.find(key);
     if (path == openHandles.end()) return 6;
     const auto& values = keys[path->second];
@@ -276,15 +221,6 @@ int32_t FakeAnsiRegistry::queryValueEx(int64_t key, std::string_view valueName, 
 int32_t FakeAnsiRegistry::closeKey(int64_t key) {
     calls.push_back("close " + std::to_string(key));
     return openHandles.erase(key) ? 0 : 6;
-}
-
-void FakeWindowing::showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) {
-    shown.push_back(form);
-    owners.push_back(ownerWindow);
-    for (const std::string& control : clicks) {
-        unloadedBy.push_back(onClick(control));
-        if (unloadedBy.back()) break;
-    }
 }
 
 std::unique_ptr<platform::WmiServices> FakeWmi::connect(std::string_view moniker) {

@@ -57,7 +57,11 @@ class FakeEnvironment : public platform::EnvironmentPort {
   public:
     std::map<std::string, std::string, std::less<>> variables;
     std::string folder;
-    std::optional<std::string> variable(std::string_view name) override;
+    std::optional<std::string> variable(std::string_view name) override {
+        const auto found = variables.find(name);
+        if (found == variables.end()) return std::nullopt;
+        return found->second;
+    }
     std::string componentFolder() override { return folder; }
 };
 
@@ -85,7 +89,11 @@ class FakeSystemInfo : public platform::SystemInfoPort {
     std::map<int32_t, std::string> computerNames;  // by name format
     std::map<int32_t, std::string> userNames;      // by name format
 
-    bool getVersionEx(platform::OsVersionRecord& record) override;
+    bool getVersionEx(platform::OsVersionRecord& record) override {
+        versionAskedWith = record;
+        if (versionSucceeds) record = version;
+        return versionSucceeds;
+    }
     void getSystemInfo(platform::SystemRecord& record) override { record = system; }
     void getNativeSystemInfo(platform::SystemRecord& record) override { record = nativeSystem; }
     bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
@@ -104,10 +112,26 @@ class FakeNamedMutex : public platform::NamedMutexPort {
     int32_t failureCode = 288;
     std::vector<std::string> calls;
 
-    int32_t create(std::string_view name) override;
-    uint32_t wait(int32_t handle, int32_t timeoutMs) override;
-    bool release(int32_t handle) override;
-    bool close(int32_t handle) override;
+    int32_t create(std::string_view name) override {
+        calls.push_back("create " + std::string(name));
+        if (!createFails) return nextHandle_++;
+        lastError_ = failureCode;
+        return 0;
+    }
+    uint32_t wait(int32_t handle, int32_t timeoutMs) override {
+        calls.push_back("wait " + std::to_string(handle) + " " + std::to_string(timeoutMs));
+        return waitAnswer;
+    }
+    bool release(int32_t handle) override {
+        calls.push_back("release " + std::to_string(handle));
+        if (releaseFails) lastError_ = failureCode;
+        return !releaseFails;
+    }
+    bool close(int32_t handle) override {
+        calls.push_back("close " + std::to_string(handle));
+        if (closeFails) lastError_ = failureCode + 1;
+        return !closeFails;
+    }
     int32_t lastError() override { return lastError_; }
     std::string errorText(int32_t code) override { return "text of " + std::to_string(code); }
 
@@ -145,9 +169,20 @@ class FakeProcesses : public platform::ProcessPort {
     uint32_t sleeps = 0;
     int snapshotsOpen = 0;
 
-    int64_t createSnapshot(uint32_t flags, uint32_t processId) override;
-    bool firstProcess(int64_t snapshot, platform::ProcessEntry& entry) override;
-    bool nextProcess(int64_t snapshot, platform::ProcessEntry& entry) override;
+    int64_t createSnapshot(uint32_t flags, uint32_t processId) override {
+        if (snapshotFails || flags != 15 || processId != 0) return kInvalidSnapshot;
+        ++snapshotsOpen;
+        return 7;
+    }
+    bool firstProcess(int64_t snapshot, platform::ProcessEntry& entry) override {
+        next_ = 0;
+        return nextProcess(snapshot, entry);
+    }
+    bool nextProcess(int64_t, platform::ProcessEntry& entry) override {
+        if (next_ >= table.size()) return false;
+        entry = table[next_++];
+        return true;
+    }
     bool closeSnapshot(int64_t) override {
         --snapshotsOpen;
         return true;
@@ -234,8 +269,8 @@ class FakeHelp : public platform::HelpPort {
 // The A-form registry calls on keys of the test's making, "HIVE\\path" with
 // the hive's number in hexadecimal ("80000002\\SOFTWARE\\..."). A key in
 // refused fails to open with 5; a value larger than the buffer answers 234
-// with the size it needs. Calls are written down ("open KEY MASK",
-// "query HANDLE NAME", "close HANDLE"); handles count from 1, and those not
+// with the size it needs. Opens and closes are written down ("open KEY MASK",
+// "close HANDLE"); handles count from 1, and those not
 // closed yet are in openHandles with their key.
 class FakeAnsiRegistry : public platform::AnsiRegistryPort {
   public:
@@ -271,7 +306,14 @@ class FakeWindowing : public platform::WindowPort {
     std::vector<bool> unloadedBy;  // what each press answered
 
     int32_t dotsPerInch() override { return dpi; }
-    void showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) override;
+    void showModal(const Form& form, int64_t ownerWindow, const ClickHandler& onClick) override {
+        shown.push_back(form);
+        owners.push_back(ownerWindow);
+        for (const std::string& control : clicks) {
+            unloadedBy.push_back(onClick(control));
+            if (unloadedBy.back()) break;
+        }
+    }
 };
 
 // WMI from records the test sets per class (a class left out: a null result
