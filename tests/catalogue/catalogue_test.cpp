@@ -86,8 +86,6 @@ class CatalogueTest : public ::testing::Test {
 
 using SoftwareProductTest = CatalogueTest;
 
-using SoftwareProductTest = CatalogueTest;
-
 TEST_F(SoftwareProductTest, LoadsItsKeyWithTheDefaultsOfMissingValues) {
     loadRegistry(toolbarKey("Full", value("DisplayName", "Quorl Full") + partNumber("PN-1") +
                                         dword("VersionMajor", 9) + dword("VersionMinor", 30) +

@@ -156,12 +156,11 @@ class FakeProgramSettings : public platform::ProgramSettingsPort {
 
 // A process table and a clock of the test's making. Each sleep moves the
 // tick counter on by what was slept; start answers startedId, or raises 53
-// when startFails.
+// when startFails; a snapshot that fails has error 8.
 class FakeProcesses : public platform::ProcessPort {
   public:
     std::vector<platform::ProcessEntry> table;
     bool snapshotFails = false;
-    int32_t snapshotError = 8;
     uint32_t startedId = 1234;
     bool startFails = false;
     std::vector<std::string> started;  // command lines, with their window style
@@ -187,7 +186,7 @@ class FakeProcesses : public platform::ProcessPort {
         --snapshotsOpen;
         return true;
     }
-    int32_t lastError() override { return snapshotError; }
+    int32_t lastError() override { return 8; }
     uint32_t start(std::string_view commandLine, int32_t windowStyle) override;
     uint32_t tickCount() override { return ticks; }
     void sleep(uint32_t milliseconds) override {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -81,9 +82,7 @@ TEST_F(AboutWindow, LoadSetsTextsPicturesVersionAndFontLast) {
     EXPECT_EQ(form.control("lblTitle").text, "Ostrel");
     EXPECT_EQ(form.control("cmdOK").text, "OK");
     EXPECT_EQ(form.control("cmdSysInfo").text, "&System Info...");
-    EXPECT_EQ(form.control("lblVersion").text, "V" + std::to_string(kVersionMajor) + "." +
-                                                   std::to_string(kVersionMinor) + "." +
-                                                   std::to_string(kVersionRevision));
+    EXPECT_EQ(form.control("lblVersion").text, std::string("V") + kVersionText);
     // The logo is 150 x 56 pixels at any resolution; its twips follow the screen's.
     const Control& logo = form.control("picIcon");
     ASSERT_TRUE(logo.picture);
@@ -113,13 +112,11 @@ TEST_F(AboutWindow, CaptionIsTheNameAloneWithAnEmptyText312AndLoadHasNoTrap) {
 }
 
 TEST_F(AboutWindow, LanguageFontNeedsANumericCharacterSet) {
-    struct Case {
-        const char* text279;
-        bool applied;
-    };
-    for (const Case& c : {Case{"279=", false}, Case{"279=abc", false}, Case{"279= 161 ", true}}) {
-        SCOPED_TRACE(c.text279);
-        bindTexts(c.text279);
+    const std::pair<const char*, bool> cases[] = {
+        {"279=", false}, {"279=abc", false}, {"279= 161 ", true}};
+    for (const auto& [text279, applied] : cases) {
+        SCOPED_TRACE(text279);
+        bindTexts(text279);
         Form form = frmAboutDesign();
         // A control without a font in the middle: passed over without a word.
         Control timer;
@@ -129,8 +126,8 @@ TEST_F(AboutWindow, LanguageFontNeedsANumericCharacterSet) {
         gsubApplyLanguageFont(form);
         for (const Control& control : form.controls) {
             if (!control.font) continue;
-            EXPECT_EQ(control.font->name, c.applied ? "Arial" : "MS Sans Serif") << control.name;
-            EXPECT_EQ(control.font->charset, c.applied ? 161 : 0) << control.name;
+            EXPECT_EQ(control.font->name, applied ? "Arial" : "MS Sans Serif") << control.name;
+            EXPECT_EQ(control.font->charset, applied ? 161 : 0) << control.name;
         }
         EXPECT_FALSE(form.controls[2].font);
         EXPECT_EQ(form.font.name, "Form Font");
@@ -228,10 +225,10 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
         const bool shown = c.started.empty();
         EXPECT_EQ(fx.processes.started, shown ? kNothing : std::vector{c.started});
         EXPECT_EQ(fx.messageBox.boxes(), shown ? kUnavailable : kNothing);
-        bool secondKeyRead = false;
-        for (const std::string& call : fx.ansiRegistry.calls) {
-            secondKeyRead = secondKeyRead || call.find(kFolderKey) != std::string::npos;
-        }
+        const auto& calls = fx.ansiRegistry.calls;
+        const bool secondKeyRead = std::any_of(calls.begin(), calls.end(), [](const auto& call) {
+            return call.find(kFolderKey) != std::string::npos;
+        });
         EXPECT_TRUE(!c.startFails || !c.path || !secondKeyRead);
     }
 }
