@@ -17,11 +17,10 @@ namespace ostrel::fakes {
 
 class TestApartment {
   public:
-    // Installs the globals at once: ProgramData is the temporary folder, the
-    // component folder the one of the test program (where the language file
-    // lies), the registry an empty .reg registry, the XML document object the
-    // platform's own, the lock, the older settings store, the time zone, the path calls and
-    // the shell fakes, the A-form registry calls and the windows.
+    // Installs the globals at once on the fakes below, an empty .reg registry
+    // and the platform's own file system and XML document object; ProgramData
+    // is the temporary folder, the component folder the test program's (where
+    // the language file lies).
     TestApartment();
     ~TestApartment();
     TestApartment(const TestApartment&) = delete;
