@@ -2,9 +2,13 @@
 // answers what the test put in it. None does anything behind the test's back.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,8 +16,51 @@
 
 #include "platform/common/wmi_records.h"
 #include "platform/ports.h"
+#include "runtime/automation_error.h"
+#include "runtime/format.h"
 
 namespace ostrel::fakes {
+
+namespace detail {
+
+// Seconds from 1 Jan 1601, through the run time's calendar.
+constexpr int64_t kTicksPerSecond = 10'000'000;
+inline double firstDay() {
+    return toCalendarValue(DateTimeParts{1601, 1, 1});
+}
+inline platform::FileTimeValue seconds(int64_t count) {
+    return static_cast<platform::FileTimeValue>(count * kTicksPerSecond);
+}
+
+// The text and a NUL at the start of the buffer: its length, or when it
+// doesn't fit, the size it needs.
+inline uint32_t answerText(const std::string& text, std::string& buffer, uint32_t size) {
+    const auto needed = static_cast<uint32_t>(text.size() + 1);
+    if (needed > size || buffer.size() < needed) return needed;
+    buffer.replace(0, needed, text + '\0');
+    return needed - 1;
+}
+
+inline bool answerName(const std::map<int32_t, std::string>& names, int32_t format,
+                       std::string& buffer, uint32_t& size) {
+    const auto found = names.find(format);
+    if (found == names.end()) return false;
+    size = answerText(found->second, buffer, size);
+    return size == found->second.size();
+}
+
+inline std::string settingKey(std::string_view application, std::string_view section,
+                              std::string_view key) {
+    return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
+}
+
+inline std::string hex(uint32_t number) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%X", number);
+    return text;
+}
+
+}  // namespace detail
 
 // A clock that stands still at the time the test sets.
 class FakeClock : public platform::ClockPort {
@@ -96,8 +143,12 @@ class FakeSystemInfo : public platform::SystemInfoPort {
     }
     void getSystemInfo(platform::SystemRecord& record) override { record = system; }
     void getNativeSystemInfo(platform::SystemRecord& record) override { record = nativeSystem; }
-    bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
-    bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override;
+    bool computerNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
+        return detail::answerName(computerNames, format, buffer, size);
+    }
+    bool userNameEx(int32_t format, std::string& buffer, uint32_t& size) override {
+        return detail::answerName(userNames, format, buffer, size);
+    }
 };
 
 // A lock inside this test: what each call answers is the test's to say,
@@ -149,9 +200,16 @@ class FakeProgramSettings : public platform::ProgramSettingsPort {
     bool saveFails = false;
 
     std::string get(std::string_view application, std::string_view section, std::string_view key,
-                    std::string_view defaultValue) override;
+                    std::string_view defaultValue) override {
+        ++reads;
+        const auto found = values.find(detail::settingKey(application, section, key));
+        return found == values.end() ? std::string(defaultValue) : found->second;
+    }
     void save(std::string_view application, std::string_view section, std::string_view key,
-              std::string_view value) override;
+              std::string_view value) override {
+        if (saveFails) raise(kErrInvalidCall);
+        values[detail::settingKey(application, section, key)] = std::string(value);
+    }
 };
 
 // A process table and a clock of the test's making. Each sleep moves the
@@ -187,7 +245,11 @@ class FakeProcesses : public platform::ProcessPort {
         return true;
     }
     int32_t lastError() override { return 8; }
-    uint32_t start(std::string_view commandLine, int32_t windowStyle) override;
+    uint32_t start(std::string_view commandLine, int32_t windowStyle) override {
+        if (startFails) raise(kErrFileNotFound);
+        started.push_back(std::string(commandLine) + " @" + std::to_string(windowStyle));
+        return startedId;
+    }
     uint32_t tickCount() override { return ticks; }
     void sleep(uint32_t milliseconds) override {
         ++sleeps;
@@ -211,12 +273,41 @@ class FakeTimeZone : public platform::TimeZonePort {
     std::vector<platform::SystemTimeRecord> given;
 
     bool systemTimeToFileTime(const platform::SystemTimeRecord& time,
-                              platform::FileTimeValue& fileTime) override;
-    bool localFileTimeToFileTime(platform::FileTimeValue& fileTime) override;
+                              platform::FileTimeValue& fileTime) override {
+        given.push_back(time);
+        const double date = toCalendarValue(DateTimeParts{time.wYear, time.wMonth, time.wDay,
+                                                          time.wHour, time.wMinute, time.wSecond});
+        fileTime = detail::seconds(std::llround((date - detail::firstDay()) * 86400));
+        return true;
+    }
+    bool localFileTimeToFileTime(platform::FileTimeValue& fileTime) override {
+        fileTime -= detail::seconds(int64_t{nowOffset} * 60);
+        return true;
+    }
     bool fileTimeToSystemTime(platform::FileTimeValue fileTime,
-                              platform::SystemTimeRecord& time) override;
+                              platform::SystemTimeRecord& time) override {
+        const auto seconds = static_cast<int64_t>(fileTime / detail::kTicksPerSecond);
+        // Whole days and the seconds of the day apart, so no rounding can creep in.
+        const DateTimeParts parts =
+            fromCalendarValue(detail::firstDay() + static_cast<double>(seconds / 86400));
+        const int64_t second = seconds % 86400;
+        const auto part = [](int64_t number) { return static_cast<int16_t>(number); };
+        time = {part(parts.year),  part(parts.month),   0,
+                part(parts.day),   part(second / 3600), part(second / 60 % 60),
+                part(second % 60), milliseconds};
+        return true;
+    }
     bool systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
-                                         platform::SystemTimeRecord& local) override;
+                                         platform::SystemTimeRecord& local) override {
+        given.push_back(universal);
+        if (zoneRefuses) return false;
+        platform::FileTimeValue fileTime = 0;
+        systemTimeToFileTime(universal, fileTime);
+        given.pop_back();
+        const int32_t offset = ruleOfDate ? ruleOfDate(universal) : 0;
+        fileTime += detail::seconds(int64_t{offset} * 60);
+        return fileTimeToSystemTime(fileTime, local);
+    }
 };
 
 // Paths of the test's making: an existing path has an entry in longNames
@@ -232,9 +323,24 @@ class FakePaths : public platform::PathPort {
     bool longNameRaises = false;
     std::vector<std::string> calls;
 
-    uint32_t getLongPathName(std::string_view path, std::string& buffer, uint32_t size) override;
-    uint32_t getCurrentDirectory(uint32_t size, std::string& buffer) override;
-    bool setCurrentDirectory(std::string_view path) override;
+    uint32_t getLongPathName(std::string_view path, std::string& buffer, uint32_t size) override {
+        calls.push_back("long " + std::string(path) + " " + std::to_string(size));
+        if (longNameRaises) raise(453, "Can't find DLL entry point GetLongPathNameA in kernel32");
+        const auto found = longNames.find(path);
+        if (found == longNames.end()) return 0;
+        return detail::answerText(found->second, buffer, size);
+    }
+    uint32_t getCurrentDirectory(uint32_t size, std::string& buffer) override {
+        calls.push_back("cwd " + std::to_string(size));
+        if (currentDirectoryFails) return 0;
+        return detail::answerText(currentDirectory, buffer, size);
+    }
+    bool setCurrentDirectory(std::string_view path) override {
+        calls.push_back("cd " + std::string(path));
+        if (std::find(folders.begin(), folders.end(), path) == folders.end()) return false;
+        currentDirectory = path;
+        return true;
+    }
 };
 
 // The folder dialogue answering as the test says: choice nullopt is a
@@ -250,6 +356,41 @@ class FakeShell : public platform::ShellPort {
 
     std::unique_ptr<platform::ShellApplication> createApplication() override;
 };
+
+namespace detail {
+
+// The application, the chosen folder and its item in one: each answer is a
+// new one of these on the same shell.
+class FakeShellObject : public platform::ShellApplication,
+                        public platform::ShellFolder,
+                        public platform::ShellFolderItem {
+  public:
+    explicit FakeShellObject(FakeShell& shell) : shell_(shell) {}
+    std::unique_ptr<platform::ShellFolder> browseForFolder(int32_t owner, std::string_view title,
+                                                           int32_t options,
+                                                           std::string_view root) override {
+        shell_.calls.push_back(std::to_string(owner) + "|" + std::string(title) + "|" +
+                               std::to_string(options) + "|" + std::string(root));
+        if (!shell_.choice) return nullptr;
+        return std::make_unique<FakeShellObject>(shell_);
+    }
+    std::unique_ptr<platform::ShellFolderItem> self() override {
+        if (shell_.selfIsNothing) return nullptr;
+        return std::make_unique<FakeShellObject>(shell_);
+    }
+    std::string path() override { return *shell_.choice; }
+
+  private:
+    FakeShell& shell_;
+};
+
+}  // namespace detail
+
+inline std::unique_ptr<platform::ShellApplication> FakeShell::createApplication() {
+    if (createFails) raise(kErrCantCreate);
+    ++created;
+    return std::make_unique<detail::FakeShellObject>(*this);
+}
 
 // The help viewers, writing each call down as "html|file|command|data" or
 // "win|file|command".
@@ -269,8 +410,8 @@ class FakeHelp : public platform::HelpPort {
 // the hive's number in hexadecimal ("80000002\\SOFTWARE\\..."). A key in
 // refused fails to open with 5; a value larger than the buffer answers 234
 // with the size it needs. Opens and closes are written down ("open KEY MASK",
-// "close HANDLE"); handles count from 1, and those not
-// closed yet are in openHandles with their key.
+// "close HANDLE"); handles count from 1, and those not closed yet are in
+// openHandles with their key.
 class FakeAnsiRegistry : public platform::AnsiRegistryPort {
   public:
     struct Value {
@@ -283,10 +424,37 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
     std::vector<std::string> calls;
 
     int32_t openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
-                      int64_t& key) override;
+                      int64_t& key) override {
+        const std::string path =
+            detail::hex(static_cast<uint32_t>(hive)) + "\\" + std::string(subKey);
+        calls.push_back("open " + path + " " + detail::hex(access));
+        if (refused.count(path)) return 5;
+        if (!keys.count(path)) return 2;
+        key = nextHandle_++;
+        openHandles[key] = path;
+        return 0;
+    }
     int32_t queryValueEx(int64_t key, std::string_view valueName, uint32_t& type,
-                         std::string& buffer, uint32_t& size) override;
-    int32_t closeKey(int64_t key) override;
+                         std::string& buffer, uint32_t& size) override {
+        const auto path = openHandles.find(key);
+        if (path == openHandles.end()) return 6;
+        const auto& values = keys[path->second];
+        const auto value = values.find(std::string(valueName));
+        if (value == values.end()) return 2;
+        type = value->second.type;
+        const std::string& bytes = value->second.bytes;
+        if (bytes.size() > size || bytes.size() > buffer.size()) {
+            size = static_cast<uint32_t>(bytes.size());
+            return 234;
+        }
+        std::copy(bytes.begin(), bytes.end(), buffer.begin());
+        size = static_cast<uint32_t>(bytes.size());
+        return 0;
+    }
+    int32_t closeKey(int64_t key) override {
+        calls.push_back("close " + std::to_string(key));
+        return openHandles.erase(key) ? 0 : 6;
+    }
     std::string fromAnsi(std::string_view bytes) override { return std::string(bytes); }
 
   private:
@@ -327,5 +495,37 @@ class FakeWmi : public platform::WmiPort {
 
     std::unique_ptr<platform::WmiServices> connect(std::string_view moniker) override;
 };
+
+namespace detail {
+
+class FakeWmiServices final : public platform::WmiServices {
+  public:
+    explicit FakeWmiServices(FakeWmi& wmi)
+        : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
+              const auto& failing = wmi.failingClasses;
+              if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
+                  raise(-2147217392, "Invalid class");
+              }
+              const auto found = wmi.classes.find(std::string(className));
+              if (found == wmi.classes.end()) return std::nullopt;
+              return found->second;
+          }) {}
+    std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
+        wmi_.queries.emplace_back(query);
+        return records_.execQuery(query);
+    }
+
+  private:
+    FakeWmi& wmi_;
+    platform::WmiRecordServices records_;
+};
+
+}  // namespace detail
+
+inline std::unique_ptr<platform::WmiServices> FakeWmi::connect(std::string_view moniker) {
+    monikers.emplace_back(moniker);
+    if (unreachable) return nullptr;
+    return std::make_unique<detail::FakeWmiServices>(*this);
+}
 
 }  // namespace ostrel::fakes
