@@ -10,10 +10,18 @@
 #include <type_traits>
 
 #include "fakes/fake_ports.h"
+#include "foundation/globals.h"
 #include "platform/common/registry_regfile.h"
 #include "platform/ports.h"
 
 namespace ostrel::fakes {
+
+// UTF-8 text and paths, both ways, so tests work the same on Windows.
+std::filesystem::path pathOf(std::string_view utf8);
+std::string utf8Of(const std::filesystem::path& path);
+// Whole files as bytes; readBytes gives "" for a missing file.
+std::string readBytes(const std::filesystem::path& path);
+void writeBytes(const std::filesystem::path& path, std::string_view bytes);
 
 class TestApartment {
   public:
@@ -27,10 +35,10 @@ class TestApartment {
     TestApartment& operator=(const TestApartment&) = delete;
 
     // Layers .reg text over the registry (see RegFileRegistry::loadText).
-    void loadRegistry(std::string_view regText);
+    void loadRegistry(std::string_view regText) { registry.loadText(regText, "test registry"); }
     // Replaces this thread's globals by fresh ones on `ports` (after a test
     // has nulled a port, for instance): state back to not started.
-    void install();
+    void install() { apartment() = OstrelGlobals(ports); }
     // Puts `port` (nullptr: none) in the slot of `ports` and installs them.
     template <class Port>
     void use(Port* platform::Ports::*slot, std::type_identity_t<Port>* port) {
@@ -40,11 +48,15 @@ class TestApartment {
 
     // ProgramData\QUORL, created; and files in it.
     std::string dataFolder() const;
-    std::string dataFile(std::string_view name) const;
+    std::string dataFile(std::string_view name) const {
+        return utf8Of(pathOf(dataFolder()) / pathOf(name));
+    }
     // The marker that switches the log on.
-    void writeMarker() const;
+    void writeMarker() const { writeBytes(pathOf(dataFile("debug_ot")), ""); }
     // ot_settings.xml in the data folder, as given.
-    void writeSettings(std::string_view xml) const;
+    void writeSettings(std::string_view xml) const {
+        writeBytes(pathOf(dataFile("ot_settings.xml")), xml);
+    }
 
     FakeClock clock;
     CapturingDebugStream debugStream;
@@ -66,12 +78,5 @@ class TestApartment {
     std::filesystem::path programData;
     platform::Ports ports;  // what install() puts in place; tests may change it
 };
-
-// UTF-8 text and paths, both ways, so tests work the same on Windows.
-std::filesystem::path pathOf(std::string_view utf8);
-std::string utf8Of(const std::filesystem::path& path);
-// Whole files as bytes; readBytes gives "" for a missing file.
-std::string readBytes(const std::filesystem::path& path);
-void writeBytes(const std::filesystem::path& path, std::string_view bytes);
 
 }  // namespace ostrel::fakes
