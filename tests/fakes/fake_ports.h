@@ -354,43 +354,39 @@ class FakeShell : public platform::ShellPort {
     int created = 0;
     std::vector<std::string> calls;
 
-    std::unique_ptr<platform::ShellApplication> createApplication() override;
-};
-
-namespace detail {
-
-// The application, the chosen folder and its item in one: each answer is a
-// new one of these on the same shell.
-class FakeShellObject : public platform::ShellApplication,
-                        public platform::ShellFolder,
-                        public platform::ShellFolderItem {
-  public:
-    explicit FakeShellObject(FakeShell& shell) : shell_(shell) {}
-    std::unique_ptr<platform::ShellFolder> browseForFolder(int32_t owner, std::string_view title,
-                                                           int32_t options,
-                                                           std::string_view root) override {
-        shell_.calls.push_back(std::to_string(owner) + "|" + std::string(title) + "|" +
-                               std::to_string(options) + "|" + std::string(root));
-        if (!shell_.choice) return nullptr;
-        return std::make_unique<FakeShellObject>(shell_);
+    std::unique_ptr<platform::ShellApplication> createApplication() override {
+        if (createFails) raise(kErrCantCreate);
+        ++created;
+        return std::make_unique<Object>(*this);
     }
-    std::unique_ptr<platform::ShellFolderItem> self() override {
-        if (shell_.selfIsNothing) return nullptr;
-        return std::make_unique<FakeShellObject>(shell_);
-    }
-    std::string path() override { return *shell_.choice; }
 
   private:
-    FakeShell& shell_;
+    // The application, the chosen folder and its item in one: each answer is a
+    // new one of these on the same shell.
+    class Object : public platform::ShellApplication,
+                   public platform::ShellFolder,
+                   public platform::ShellFolderItem {
+      public:
+        explicit Object(FakeShell& shell) : shell_(shell) {}
+        std::unique_ptr<platform::ShellFolder> browseForFolder(int32_t owner,
+                                                               std::string_view title,
+                                                               int32_t options,
+                                                               std::string_view root) override {
+            shell_.calls.push_back(std::to_string(owner) + "|" + std::string(title) + "|" +
+                                   std::to_string(options) + "|" + std::string(root));
+            if (!shell_.choice) return nullptr;
+            return std::make_unique<Object>(shell_);
+        }
+        std::unique_ptr<platform::ShellFolderItem> self() override {
+            if (shell_.selfIsNothing) return nullptr;
+            return std::make_unique<Object>(shell_);
+        }
+        std::string path() override { return *shell_.choice; }
+
+      private:
+        FakeShell& shell_;
+    };
 };
-
-}  // namespace detail
-
-inline std::unique_ptr<platform::ShellApplication> FakeShell::createApplication() {
-    if (createFails) raise(kErrCantCreate);
-    ++created;
-    return std::make_unique<detail::FakeShellObject>(*this);
-}
 
 // The help viewers, writing each call down as "html|file|command|data" or
 // "win|file|command".
@@ -493,39 +489,34 @@ class FakeWmi : public platform::WmiPort {
     bool unreachable = false;
     std::vector<std::string> monikers, queries;
 
-    std::unique_ptr<platform::WmiServices> connect(std::string_view moniker) override;
-};
-
-namespace detail {
-
-class FakeWmiServices final : public platform::WmiServices {
-  public:
-    explicit FakeWmiServices(FakeWmi& wmi)
-        : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
-              const auto& failing = wmi.failingClasses;
-              if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
-                  raise(-2147217392, "Invalid class");
-              }
-              const auto found = wmi.classes.find(std::string(className));
-              if (found == wmi.classes.end()) return std::nullopt;
-              return found->second;
-          }) {}
-    std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
-        wmi_.queries.emplace_back(query);
-        return records_.execQuery(query);
+    std::unique_ptr<platform::WmiServices> connect(std::string_view moniker) override {
+        monikers.emplace_back(moniker);
+        if (unreachable) return nullptr;
+        return std::make_unique<Services>(*this);
     }
 
   private:
-    FakeWmi& wmi_;
-    platform::WmiRecordServices records_;
+    class Services final : public platform::WmiServices {
+      public:
+        explicit Services(FakeWmi& wmi)
+            : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
+                  const auto& failing = wmi.failingClasses;
+                  if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
+                      raise(-2147217392, "Invalid class");
+                  }
+                  const auto found = wmi.classes.find(std::string(className));
+                  if (found == wmi.classes.end()) return std::nullopt;
+                  return found->second;
+              }) {}
+        std::unique_ptr<platform::WmiResultSet> execQuery(std::string_view query) override {
+            wmi_.queries.emplace_back(query);
+            return records_.execQuery(query);
+        }
+
+      private:
+        FakeWmi& wmi_;
+        platform::WmiRecordServices records_;
+    };
 };
-
-}  // namespace detail
-
-inline std::unique_ptr<platform::WmiServices> FakeWmi::connect(std::string_view moniker) {
-    monikers.emplace_back(moniker);
-    if (unreachable) return nullptr;
-    return std::make_unique<detail::FakeWmiServices>(*this);
-}
 
 }  // namespace ostrel::fakes
