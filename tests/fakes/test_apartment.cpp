@@ -61,30 +61,10 @@ TestApartment::~TestApartment() {
     std::filesystem::remove_all(programData, ignored);
 }
 
-void TestApartment::loadRegistry(std::string_view regText) {
-    registry.loadText(regText, "test registry");
-}
-
-void TestApartment::install() {
-    apartment() = OstrelGlobals(ports);
-}
-
 std::string TestApartment::dataFolder() const {
     const auto folder = programData / "QUORL";
     std::filesystem::create_directories(folder);
     return utf8Of(folder);
-}
-
-std::string TestApartment::dataFile(std::string_view name) const {
-    return utf8Of(pathOf(dataFolder()) / pathOf(name));
-}
-
-void TestApartment::writeMarker() const {
-    writeBytes(pathOf(dataFile("debug_ot")), "");
-}
-
-void TestApartment::writeSettings(std::string_view xml) const {
-    writeBytes(pathOf(dataFile("ot_settings.xml")), xml);
 }
 
 std::filesystem::path pathOf(std::string_view utf8) {
