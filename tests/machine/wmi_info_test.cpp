@@ -138,26 +138,17 @@ TEST(WmiConverters, NullEmptyAndWhatIsNoNumberGiveTheStartingValue) {
 
 TEST_F(WmiInventory, TheComputerLineTestsWorkgroupButShowsDomain) {
     fx.locale.localeFacts.decimalSeparator = ",";
-    struct Case {
-        Variant domain, workgroup, memory;
-        std::string text;
-    };
-    for (const Case& c : std::vector<Case>{
-             {kNull, "WORKGROUP", int32_t{1073741824},
-              "Quux Ltd, Box 9, x64-based PC, 1,0GB, PC1.  \r\n"},
-             {kNull, kNull, kNull, "Quux Ltd, Box 9, x64-based PC, 0,0GB, \r\nPC1  \r\n"},
-         }) {
-        fx.wmi.classes["Win32_ComputerSystem"] = {computer(c.domain, c.workgroup, c.memory)};
-        EXPECT_EQ(GetWmiComputerInfo(services()), c.text);
-    }
     WmiRecord bare = computer(kNull, kNull);
     bare.properties[1].second = "";     // Model
     bare.properties[2].second = kNull;  // SystemType
     bare.properties[7].second = "";     // name
     WmiRecord silent = computer("d", kNull);
     silent.properties[0].second = "  ";  // no manufacturer: nothing
-    fx.wmi.classes["Win32_ComputerSystem"] = {silent, bare, bare};
-    EXPECT_EQ(GetWmiComputerInfo(services()), "Quux Ltd, 16,0GB  Quux Ltd, 16,0GB  \r\n");
+    fx.wmi.classes["Win32_ComputerSystem"] = {computer(kNull, "WORKGROUP", int32_t{1073741824}),
+                                              computer(kNull, kNull, kNull), silent, bare};
+    EXPECT_EQ(GetWmiComputerInfo(services()),
+              "Quux Ltd, Box 9, x64-based PC, 1,0GB, PC1.  "
+              "Quux Ltd, Box 9, x64-based PC, 0,0GB, \r\nPC1  Quux Ltd, 16,0GB  \r\n");
     EXPECT_EQ(GetWmiComputerInfo(nullptr), "");
 }
 
@@ -170,22 +161,15 @@ TEST_F(WmiInventory, SeveralObjectsShareOneLineAndSilentCardsUseANumber) {
     EXPECT_EQ(GetWmiVideoProcessor(services()), "") << "no line end after nothing";
 }
 
+// Each object on the one line, in order; a caption-less one is passed over.
 TEST_F(WmiInventory, TheServicePackRulesAndThePartsOfTheSystemName) {
-    struct Case {
-        std::string name;
-        Variant major, minor;
-        std::string text;
-    };
-    for (const Case& c : std::vector<Case>{
-             {"Sys|C:\\W|Dev", int32_t{2}, int32_t{0}, "Sys, 64-bit, SP 2, C:\\W (Dev) \r\n"},
-             {"Sys|C:\\W|Dev", "3", "1", "Sys, 64-bit, SP 3.1, C:\\W (Dev) \r\n"},
-             {"Sys|C:\\W|", int32_t{0}, int32_t{1}, "Sys, 64-bit, C:\\W \r\n"},
-             {" Sys | | Dev |extra", kNull, kNull, "Sys, 64-bit, Dev \r\n"},
-             {"|C:\\W|Dev", int32_t{1}, int32_t{1}, ""},
-         }) {
-        fx.wmi.classes["Win32_OperatingSystem"] = {os(c.name, c.major, c.minor)};
-        EXPECT_EQ(GetWmiOSInfo(services()), c.text) << c.name;
-    }
+    fx.wmi.classes["Win32_OperatingSystem"] = {
+        os("Sys|C:\\W|Dev", int32_t{2}, int32_t{0}), os("Sys|C:\\W|Dev", "3", "1"),
+        os("Sys|C:\\W|", int32_t{0}, int32_t{1}), os(" Sys | | Dev |extra", kNull, kNull),
+        os("|C:\\W|Dev", int32_t{1}, int32_t{1})};
+    EXPECT_EQ(GetWmiOSInfo(services()),
+              "Sys, 64-bit, SP 2, C:\\W (Dev) Sys, 64-bit, SP 3.1, C:\\W (Dev) "
+              "Sys, 64-bit, C:\\W Sys, 64-bit, Dev \r\n");
     EXPECT_TRUE(said().empty());
 }
 
