@@ -185,7 +185,6 @@ TEST(LinuxWmi, ProcessorsArePackagesOfCpuinfo) {
 
 TEST(LinuxWmi, OnlyThisComputersDefaultNamespaceAndTheInventorysQueries) {
     platform::WmiPort& wmi = platform::systemWmi();
-    EXPECT_TRUE(wmi.connect("winmgmts:{impersonationLevel=impersonate}!\\\\.\\"));
     EXPECT_TRUE(wmi.connect("WINMGMTS:!\\\\.\\ROOT\\CIMV2"));
     EXPECT_FALSE(wmi.connect("winmgmts:{impersonationLevel=impersonate}!\\\\.\\root\\default"));
     EXPECT_FALSE(
