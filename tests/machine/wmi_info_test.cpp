@@ -51,10 +51,7 @@ WmiRecord account(Variant fullName, Variant name) {
                    std::move(fullName), "name", std::move(name)});
 }
 WmiRecord session(std::string id, std::optional<std::vector<WmiRecord>> accounts) {
-    WmiRecord record;
-    record.set("LogonId", Variant(std::move(id)));
-    record.associated = std::move(accounts);
-    return record;
+    return {record({"LogonId", id}).properties, std::move(accounts)};
 }
 
 class WmiInventory : public ::testing::Test {
