@@ -115,13 +115,7 @@ TEST_F(Processes, RunFailuresAndTheSixteenBitId) {
     EXPECT_EQ(said().back(),
               "[mfblnRunProgram] Program failed to run.  prog: b Error: 6, Overflow\r\n");
 
-    fx.processes.startFails = true;
-    EXPECT_FALSE(mfblnRunProgram("c d", 0, ReadinessTest()));
-    EXPECT_EQ(said().back(),
-              "[mfblnRunProgram] Program failed to run.  prog: c d Error: 53, File not found\r\n");
-
     fx.programSettings.values["Ostrel\\Settings\\ProgramReadyTimeout"] = "soon";
-    fx.processes.startFails = false;
     EXPECT_FALSE(mfblnRunProgram("e", 0, ReadinessTest()));
     EXPECT_EQ(said().back(),
               "[mfblnRunProgram] Program failed to run.  prog: e Error: 13, Type mismatch\r\n");
