@@ -55,8 +55,7 @@ gone() {
 
 # Reads and saves, and the file they leave.
 try "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]' settings get Settings Missing --default fallback
-try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set Settings Colour blue
-try "two keys, one section, no white space" '[ "$(file)" = "<Settings><Colour>blue</Colour><Size>10</Size></Settings>" ]' settings set --app Other Settings Size 10
+try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set --app Other Settings Colour blue
 try "read back" '[ "$out" = blue ]' settings get Settings Colour
 
 put_older Settings Moved older
@@ -88,11 +87,6 @@ for delay in 0.5 2 5; do
 done
 check "a holder killed with -9 leaves the lock abandoned" '[ "$rc" = 0 ] && [ "$out" -gt 0 ] && has "$err" "Obtained abandoned mutex($name,$out)"'
 try "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned' --trace mutex "$name"
-
-# The settings lock held past 3000 ms during a first read: the default and the message.
-hold QUORL_OSTREL_SETTINGS 60000
-try "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "' --trace settings get Settings Colour --default d
-gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 
 # Linux, as root: the lock lies where no other user reaches it. The attacker
 # is nobody; daemon is a second victim, one without a runtime folder.

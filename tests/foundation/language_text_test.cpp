@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
@@ -65,11 +66,11 @@ TEST_F(LanguageText, ReadsTheStoreFormat) {
                                        "3=a=b\n"
                                        "4=line\\none\ttab \\\\ Grüße\n"
                                        "5=C:\\temp\\ C:\\q\\"));
-    EXPECT_EQ(text.GetText(1), "plain");
-    EXPECT_EQ(text.GetText(2), "  blanks kept");
-    EXPECT_EQ(text.GetText(3), "a=b");
-    EXPECT_EQ(text.GetText(4), "line\r\none\ttab \\ Grüße");
-    EXPECT_EQ(text.GetText(5), "C:\\temp\\ C:\\q\\") << "any other backslash stands as itself";
+    // Any other backslash stands as itself.
+    EXPECT_EQ((std::vector<std::string>{text.GetText(1), text.GetText(2), text.GetText(3),
+                                        text.GetText(4), text.GetText(5)}),
+              (std::vector<std::string>{"plain", "  blanks kept", "a=b",
+                                        "line\r\none\ttab \\ Grüße", "C:\\temp\\ C:\\q\\"}));
     EXPECT_EQ(errorTextOf([&] { text.GetText(6); }), "5 There is no text number 6");
 }
 

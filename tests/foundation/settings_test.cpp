@@ -191,12 +191,6 @@ TEST_F(Settings, FailuresEndInTheirMessagesAndTheDefault) {
     EXPECT_EQ(failed("save", "Settings[1x]"), 1);
     EXPECT_EQ(fx.namedMutex.calls.back(), "close 2") << "the lock is given back after a failure";
 
-    // A missing data folder: the save fails and the folder is not made.
-    std::filesystem::remove_all(pathOf(fx.dataFolder()));
-    save("Settings", "A", "v");
-    EXPECT_EQ(failed("save", "Settings[A]"), 1);
-    EXPECT_FALSE(std::filesystem::exists(fx.programData / "QUORL"));
-
     // An older store that refuses the value: the save's own message.
     fx.writeSettings("<Settings/>");
     fx.programSettings.saveFails = true;
