@@ -207,7 +207,6 @@ TEST_F(Settings, WithoutTheLockAReadGivesTheDefaultAndASaveStoresNothing) {
     EXPECT_EQ(said("[gsubSaveApplicationSetting]"), 0) << "the save ends silently";
 
     EXPECT_EQ(read("Settings", "A"), "d");
-    EXPECT_EQ(said("Failed getting mutex(QUORL_OSTREL_SETTINGS)"), 2);
     EXPECT_EQ(failed("read", "Settings[A]", "Object variable or With block variable not set\r\n"),
               1);
     EXPECT_EQ(fx.programSettings.reads, 0) << "no older value is looked at";
