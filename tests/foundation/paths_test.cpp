@@ -13,6 +13,7 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#undef DeleteFile  // the file system object's member, not the system's macro
 
 #include <atomic>
 #include <thread>
