@@ -116,11 +116,6 @@ TEST_F(Settings, SavesWriteOneSectionWithoutWhiteSpaceAndReloadEachTime) {
     save("Settings", "A", "3");
     EXPECT_EQ(file(), "<Settings><A>3</A><B>2</B><C>other</C></Settings>");
     EXPECT_EQ(fx.namedMutex.calls.size(), 12u) << "each save takes and gives back the lock";
-
-    // A second section can't be a second document element: the older store takes it.
-    save("Other", "K", "v");
-    EXPECT_EQ(said("[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: "), 1);
-    EXPECT_EQ(fx.programSettings.values["App\\Other\\K"], "v");
 }
 
 TEST_F(Settings, DamagedOrWrappedFilesFallBackToTheOlderStore) {
