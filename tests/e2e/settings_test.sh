@@ -32,7 +32,6 @@ rm -rf "$data"
 clean_older
 mkdir -p "$data"
 has() { grep -qF -- "$2" <<<"$1"; }
-file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 
 # hold NAME MS: a process that holds the lock; returns once it has it. The
 # holds are long and end by a kill, so that a slow start of the next process
@@ -59,7 +58,7 @@ try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set --app 
 try "read back" '[ "$out" = blue ]' settings get Settings Colour
 
 put_older Settings Moved older
-try "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"' settings get Settings Moved
+try "an older value moves into the file" '[ "$out" = older ] && has "$(cat "$settings")" "<Moved>older</Moved>"' settings get Settings Moved
 try "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]' --trace settings set Second Key value
 
 # A holder in another process past the time-out: 0, one line, the whole wait.

@@ -351,13 +351,11 @@ std::string reads(WNCRegistry* registry) {
 
 struct WNCRegistryTest : ::testing::Test {
     void SetUp() override {
-        port.loadText(
-            "Windows Registry Editor Version 5.00\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Beta]\n\"PartNumber\"=\" PN-2 \"\n"
-            "\"Build\"=dword:fffffffe\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\alpha]\n\"PartNumber\"=\"PN-1\"\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\QUORL\\Toolbar\\Gamma]\n",
-            "toolbar.reg");
+        layer(port,
+              "[SOFTWARE\\QUORL\\Toolbar\\Beta]\n\"PartNumber\"=\" PN-2 \"\n"
+              "\"Build\"=dword:fffffffe\n"
+              "[SOFTWARE\\QUORL\\Toolbar\\alpha]\n\"PartNumber\"=\"PN-1\"\n"
+              "[SOFTWARE\\QUORL\\Toolbar\\Gamma]\n");
         fx.use(&platform::Ports::registry, &port);
     }
 
