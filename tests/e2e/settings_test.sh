@@ -32,7 +32,6 @@ rm -rf "$data"
 clean_older
 mkdir -p "$data"
 has() { grep -qF -- "$2" <<<"$1"; }
-file() { tr -d '\r\n' <"$settings" 2>/dev/null; }
 
 # hold NAME MS: a process that holds the lock; returns once it has it. The
 # holds are long and end by a kill, so that a slow start of the next process
@@ -55,12 +54,11 @@ gone() {
 
 # Reads and saves, and the file they leave.
 try "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]' settings get Settings Missing --default fallback
-try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set Settings Colour blue
-try "two keys, one section, no white space" '[ "$(file)" = "<Settings><Colour>blue</Colour><Size>10</Size></Settings>" ]' settings set --app Other Settings Size 10
+try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set --app Other Settings Colour blue
 try "read back" '[ "$out" = blue ]' settings get Settings Colour
 
 put_older Settings Moved older
-try "an older value moves into the file" '[ "$out" = older ] && has "$(file)" "<Moved>older</Moved>"' settings get Settings Moved
+try "an older value moves into the file" '[ "$out" = older ] && has "$(cat "$settings")" "<Moved>older</Moved>"' settings get Settings Moved
 try "a second section goes to the older store" '[ "$rc" = 0 ] && has "$err" "[mfobjCreateXmlElement] Unable to add newline to xml doc.  ERROR: " && [ "$(older Second Key)" = value ]' --trace settings set Second Key value
 
 # A holder in another process past the time-out: 0, one line, the whole wait.
@@ -88,11 +86,6 @@ for delay in 0.5 2 5; do
 done
 check "a holder killed with -9 leaves the lock abandoned" '[ "$rc" = 0 ] && [ "$out" -gt 0 ] && has "$err" "Obtained abandoned mutex($name,$out)"'
 try "and then plain again" '[ "$rc" = 0 ] && ! has "$err" abandoned' --trace mutex "$name"
-
-# The settings lock held past 3000 ms during a first read: the default and the message.
-hold QUORL_OSTREL_SETTINGS 60000
-try "a first read without the lock gives the default" '[ "$out" = d ] && has "$err" "Failed getting mutex(QUORL_OSTREL_SETTINGS)" && has "$err" "[gfstrGetApplicationSetting] Unable to read Ostrel:Settings[Colour] setting.  ERROR: "' --trace settings get Settings Colour --default d
-gone "mutex --hold 60000 QUORL_OSTREL_SETTINGS"
 
 # Linux, as root: the lock lies where no other user reaches it. The attacker
 # is nobody; daemon is a second victim, one without a runtime folder.

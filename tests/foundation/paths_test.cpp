@@ -6,12 +6,14 @@
 
 #include "fakes/error_number.h"
 #include "fakes/test_apartment.h"
+#include "foundation/file_system_object.h"
 #include "foundation/globals.h"
 #include "foundation/paths.h"
 #include "platform/adapters.h"
 
 #ifdef _WIN32
 #include <windows.h>
+#undef DeleteFile  // the file system object's member, not the system's macro
 
 #include <atomic>
 #include <thread>
@@ -21,6 +23,7 @@ namespace ostrel {
 namespace {
 
 using Calls = std::vector<std::string>;
+using fakes::errorNumberOf;
 
 class Paths : public ::testing::Test {
   protected:
@@ -83,7 +86,7 @@ TEST_F(Paths, SetCurrentFolderGivesTheOldFolderEvenWhenTheChangeFails) {
     EXPECT_EQ(fx.paths.currentDirectory, "D:\\Other") << "changed all the same";
 
     fx.use(&platform::Ports::paths, nullptr);
-    EXPECT_EQ(fakes::errorNumberOf([] { gfstrSetCurrentFolder("D:\\Other"); }), kErrCantCreate);
+    EXPECT_EQ(errorNumberOf([] { gfstrSetCurrentFolder("D:\\Other"); }), kErrCantCreate);
 }
 
 TEST_F(Paths, DeleteFileSaysWhetherTheFileIsGoneNotWhoRemovedIt) {
@@ -96,6 +99,33 @@ TEST_F(Paths, DeleteFileSaysWhetherTheFileIsGoneNotWhoRemovedIt) {
 
     fx.use(&platform::Ports::fileSystem, nullptr);
     EXPECT_FALSE(gfblnDeleteFile(fakes::utf8Of(file))) << "none can be made";
+}
+
+TEST(FileSystemObject, WorksOnRealFilesWithTheRunTimesErrors) {
+    fakes::TestApartment fx;
+    EXPECT_EQ(errorNumberOf([] { FileSystemObject fso(nullptr); }), 429);
+    const FileSystemObject fso(fx.ports.fileSystem);
+    const std::string folder = fakes::utf8Of(fx.programData);
+    const std::string file = fso.BuildPath(folder, "Ünïcode.log");
+
+    EXPECT_FALSE(fso.FileExists(folder)) << "a folder is no file";
+    EXPECT_TRUE(fso.FolderExists(folder));
+    EXPECT_EQ(errorNumberOf([&] { fso.FileSize(file); }), 53);
+    EXPECT_EQ(errorNumberOf([&] { fso.ReadAll(file); }), 53);
+    EXPECT_EQ(errorNumberOf([&] { fso.DeleteFile(file, true); }), 53);
+
+    fso.AppendLine(file, "first");
+    fso.AppendLine(file, "");
+    EXPECT_EQ(fso.ReadAll(file), "first\r\n\r\n");
+    EXPECT_EQ(fso.FileSize(file), 9);
+
+    std::filesystem::permissions(fakes::pathOf(file), std::filesystem::perms::all,
+                                 std::filesystem::perm_options::remove);
+    EXPECT_EQ(errorNumberOf([&] { fso.DeleteFile(file, false); }), 70) << "read-only";
+
+    const std::string missing = fso.BuildPath(folder, "missing");
+    EXPECT_EQ(errorNumberOf([&] { fso.AppendLine(fso.BuildPath(missing, "x.log"), "x"); }), 76);
+    EXPECT_FALSE(fso.FolderExists(missing));
 }
 
 // The real calls.
