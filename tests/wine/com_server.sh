@@ -95,8 +95,6 @@ fill_toolbar() {
     reg32 add "$toolbar\\Alpha" /v PartNumber /d QRL-2040 /f
     reg32 add "$toolbar\\Beta" /v PartNumber /d QRL-3100 /f
     reg32 add "$toolbar\\Beta" /v VersionMajor /t REG_DWORD /d 9 /f
-    reg32 add "$toolbar\\Beta" /v VersionMinor /t REG_DWORD /d 30 /f
-    reg32 add "$toolbar\\Beta" /v VersionRevisionMinor /t REG_DWORD /d 3 /f
     reg32 add 'HKLM\SOFTWARE\QUORL' /v InstallDir /d 'C:\Program Files\QUORL' /f
   } >/dev/null 2>&1
   passes "the test keys are in the 32-bit view only" fails wine_builtin 64 reg query 'HKLM\SOFTWARE\QUORL' /reg:64
