@@ -15,7 +15,6 @@ namespace {
 TEST(AutomationError, RaiseCarriesTheStandardDescription) {
     // Log lines and message boxes print these texts word for word.
     const std::pair<int32_t, const char*> cases[] = {
-        {13, "Type mismatch"},
         {457, "This key is already associated with an element of this collection"},
         {1000, "Application-defined or object-defined error"},
         {-1, "Application-defined or object-defined error"},

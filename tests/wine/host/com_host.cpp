@@ -109,14 +109,15 @@ void errorsAndTheEnumerator() {
               support->InterfaceSupportsErrorInfo(IID__wncSoftwareProducts) == S_OK &&
               support->InterfaceSupportsErrorInfo(IID_IPersist) == S_FALSE,
           "ISupportErrorInfo answers for the class's own interface only");
-    check(hr == controlError(9) && described && item.p == nullptr,
+    check(hr == static_cast<HRESULT>(0x800A0009) && described && item.p == nullptr,
           "Item(1) on an empty collection: 0x800A0009 with its IErrorInfo");
     // An object as an index, then E_POINTER, which leaves no earlier error behind.
     Counting counting;
     Var index;
     V_VT(&index.v) = VT_DISPATCH;
     V_DISPATCH(&index.v) = &counting;
-    check(products->get_Item(&index.v, item.put()) == controlError(13) && counting.invoked == 0,
+    check(products->get_Item(&index.v, item.put()) == static_cast<HRESULT>(0x800A000D) &&
+              counting.invoked == 0,
           "an object as an index: 13, its default member never asked");
     check(products->get_Count(nullptr) == E_POINTER && GetErrorInfo(0, info.put()) == S_FALSE,
           "E_POINTER after a failure: no stale error object");
@@ -210,7 +211,8 @@ void argumentsThroughInvoke() {
           "a put without its value: not found");
 
     Var name(L"x"), key(L"k"), ref, omitted, bad;
-    ref.refTo(name.v);
+    V_VT(&ref.v) = VT_BYREF | VT_VARIANT;  // a host variable
+    V_VARIANTREF(&ref.v) = &name.v;
     V_VT(&omitted.v) = VT_ERROR;
     V_ERROR(&omitted.v) = DISP_E_PARAMNOTFOUND;
     V_VT(&bad.v) = VT_ARRAY | VT_I4;

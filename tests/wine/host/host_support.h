@@ -1,6 +1,6 @@
 // What the hosts of Ostrel.dll under test share: a check that counts
-// failures, an owning interface pointer, a VARIANT that clears itself, the
-// HRESULT of a run-time error, and the calls every host makes.
+// failures, an owning interface pointer, a VARIANT that clears itself, and
+// the calls every host makes.
 #pragma once
 
 #include <windows.h>
@@ -14,10 +14,6 @@ inline int failures = 0;
 inline void check(bool ok, const char* what) {
     std::printf("%s: %s\n", ok ? "ok  " : "FAIL", what);
     if (!ok) ++failures;
-}
-
-constexpr HRESULT controlError(int number) {
-    return static_cast<HRESULT>(0x800A0000u | static_cast<unsigned>(number));
 }
 
 template <class T>
@@ -54,12 +50,6 @@ struct Var {
     Var(const Var&) = delete;
     Var& operator=(const Var&) = delete;
     ~Var() { VariantClear(&v); }
-    // A host variable: a reference to a Variant the caller keeps.
-    void refTo(VARIANT& target) {
-        VariantClear(&v);
-        V_VT(&v) = VT_BYREF | VT_VARIANT;
-        V_VARIANTREF(&v) = &target;
-    }
 };
 
 // A new object of the class in this apartment, through `iid` (null on failure).
