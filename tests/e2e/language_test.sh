@@ -38,7 +38,6 @@ tool=("$work/alone/$(basename "$built")")
 export OSTREL_PART_NUMBERS="$fixtures/catalogue-part-numbers.txt"
 try "alone: starts silently and reads the catalogue" \
     '[ "$rc" = 0 ] && [ -z "$err" ] && [ "$(tail -n 1 <<<"$out")" = "3 products" ]' --registry "$fixtures/catalogue.reg" catalogue
-try "alone: text 108 built in" '[ "$out" = "Ostrel" ]' language text 108
 OSTREL_PART_NUMBERS= try "alone: the part-number table built in" '[ "$rc" = 0 ] && [ "$(tail -n 1 <<<"$out")" = "8 products" ]' catalogue
 try "alone: English suffixes" '[ "$(paste -sd " " <<<"$out")" = "en en-US" ]' language suffixes
 
