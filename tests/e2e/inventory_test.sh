@@ -17,9 +17,8 @@ try "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/
 OSTREL_WMI="$work/pc.json" try "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"' inventory --json
 try "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi <(cat "$work/pc.json") inventory
 
-# A saved machine with the quirks: an absent class, an absent property, null
-# and numbers as text, accounts absent, empty and named (what the lines make
-# of them: the WmiInventory suite).
+# A saved machine with the quirks: an absent class and property, null and
+# numbers as text, accounts absent, empty and named (the lines: WmiInventory).
 cat >"$work/quirks.json" <<'JSON'
 {
   "Win32_ComputerSystem": [{"Manufacturer": "Quux", "Model": null, "SystemType": "x64-based PC",

@@ -11,8 +11,7 @@ card1='{7A1C5D22-0B3E-4F51-9C10-2D6E8B1F0A01}'
 card2='{E03F9A6B-4C2D-4B8E-A7F1-5C3D2E1B9F04}'
 run() { "$ostrel" --registry "$fixtures/network.reg" "$@"; }
 
-# The fixture's cards in the registry's order (the order, the card without a
-# service and each interface's values: the Network suite).
+# The fixture's cards (their order and each interface's values: the Network suite).
 expect "adapters --json" "[\"$card1\",\"$card2\"]" "$(run network adapters --json | tr -d ' \n')"
 
 # Named files are the whole registry: nothing of this machine is added.

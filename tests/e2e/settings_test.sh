@@ -50,9 +50,8 @@ gone() {
   while pgrep -f "$1" >/dev/null; do sleep 0.05; done
 }
 
-# Reads and saves through the real file and the real older store (the
-# registry on Windows, an ini file elsewhere): a value put there the way
-# that store holds it, and a second section, which the file can't hold.
+# Reads and saves through the real file and the real older store (the registry
+# on Windows, an ini file elsewhere), which takes a second section.
 try "a missing setting gives the default" '[ "$rc" = 0 ] && [ "$out" = fallback ] && [ ! -e "$settings" ]' settings get Settings Missing --default fallback
 try "a save prints nothing" '[ "$rc" = 0 ] && [ -z "$out" ]' settings set Settings Colour blue
 try "read back" '[ "$out" = blue ]' settings get Settings Colour
