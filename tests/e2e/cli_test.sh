@@ -9,12 +9,11 @@ has() { grep -qE -- "$2" <<<"$1"; }
 
 keys="ComputerName UserName ClientSiteName DomainName DomainControllerAddress DomainControllerName ForestName PrimaryDomainController SiteName Groups IsNTPlatform IsNT4 IsX64Based IsXPOrHigher IsXPEmbedded"
 
-# pcinfo as text: every key once, in order, aligned on " : "; names, Nothing, True/False.
-try "pcinfo lists the keys in order" '[ "$rc" = 0 ] && [ "$(cut -d" " -f1 <<<"$out" | xargs)" = "$keys" ]' pcinfo
-check "pcinfo aligns the colons" '[ "$(sed "s/ : .*//" <<<"$out" | awk "{print length}" | sort -u | wc -l)" = 1 ]'
+# pcinfo as text: aligned on " : "; names, Nothing, True/False.
+try "pcinfo aligns the colons" '[ "$(sed "s/ : .*//" <<<"$out" | awk "{print length}" | sort -u | wc -l)" = 1 ]' pcinfo
 check "pcinfo values" '[ "$(grep -cE "^(Computer|User)Name +: [^ ]|^Groups +: Nothing$|^Is[A-Za-z0-9]+ +: (True|False)$" <<<"$out")" = 8 ]'
 
-# pcinfo --json: one object; strings, a null Groups and booleans, in the same order.
+# pcinfo --json: one object; every key once, in order; strings, a null Groups and booleans.
 run pcinfo --json
 expect "pcinfo --json" "{ $(sed -E 's/([A-Za-z0-9]+)/\1=text/g; s/Groups=text/Groups=null/; s/(Is[A-Za-z0-9]+)=text/\1=bool/g' <<<"$keys") }" \
     "$(sed -E 's/^  "([A-Za-z0-9]+)": (".*"|null|true|false),?$/\1=\2/; s/=".*"$/=text/; s/=(true|false)$/=bool/' <<<"$out" | paste -sd ' ')"
@@ -43,17 +42,13 @@ if $windows; then list="$good;$bad"; else list="$good:$bad"; fi
 OSTREL_REGISTRY=$list try "OSTREL_REGISTRY is read, every file of the list" '[ "$rc" = 1 ] && has "$err" "bad\.reg"' pcinfo
 OSTREL_REGISTRY=$list try "--registry takes the place of OSTREL_REGISTRY" '[ "$rc" = 0 ]' --registry "$good" pcinfo
 
-# Processes: the tool finds itself; a started program is ready once its file is there.
-program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
+# Processes: a started program is ready once its file is there (the tool
+# finding itself, and none: the --json rows below).
 if $windows; then
-    folder='C:\Some\Folder\' ready="$(winepath -w "$work")\\ready.txt"
-    command="cmd.exe /c echo up>\"$ready\""
+    ready="$(winepath -w "$work")\\ready.txt" command="cmd.exe /c echo up>\"$ready\""
 else
-    folder=/some/folder/ ready="$work/ready.txt"
-    command="sh -c \"echo up > '$ready'; sleep 2\""
+    ready="$work/ready.txt" command="sh -c \"echo up > '$ready'; sleep 2\""
 fi
-try "process find: the tool itself, whatever folder and case" '[ "$rc" = 0 ] && [ "$out" -gt 0 ]' process find "$folder$program"
-try "process find: 0 and exit 3 for none" '[ "$rc" = 3 ] && [ "$out" = 0 ]' process find no-such-program
 # Ready with its id; where ids pass 32767 the component's 16-bit id takes
 # its failure path, and the tool says so.
 overflow="^started as ([0-9]+); an id above 32767 is reported as a failure by the component$"
@@ -68,11 +63,10 @@ try "process run: a program that can't start, with the error, exit 4" '[ "$rc" =
 
 # The About window as the component builds it (shown only on Windows, so only --json here).
 flat=$("${tool[@]}" about --json | tr -d ' \r\n')
-check "about --json: cmdOK in twips and pixels, default and cancel, the tab order, the logo at its 150 x 56 pixels" \
+check "about --json: the caption, cmdOK in twips and pixels, default and cancel, the tab order, the logo at its 150 x 56 pixels" \
     'has "$flat" "\"Name\":\"cmdOK\",\"Kind\":\"CommandButton\",\"Text\":\"OK\",\"TabIndex\":0,\"Twips\":\{\"Left\":1507,\"Top\":1170,\"Width\":1260,\"Height\":345\},\"Pixels\":\{\"Left\":100,\"Top\":78,\"Width\":84,\"Height\":23\},\"Default\":true,\"Cancel\":true" &&
      has "$flat" "\"TabOrder\":\[\"cmdOK\",\"picIcon\",\"cmdSysInfo\",\"lblTitle\",\"lblVersion\"\],\"DefaultButton\":\"cmdOK\",\"CancelButton\":\"cmdOK\"" &&
-     has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}"'
-OSTREL_LANGUAGE=de try "about --json: the caption, in German with OSTREL_LANGUAGE=de" '[ "$rc" = 0 ] && has "$out" "\"Caption\": \"Info über Ostrel\""' about --json
+     has "$flat" "\"Pixels\":\{\"Left\":216,\"Top\":8,\"Width\":150,\"Height\":56\}" && has "$flat" "^\{\"Name\":\"frmAbout\",\"Caption\":\"AboutOstrel\","'
 
 # Help and the manual against the command model: every command and
 # sub-command that --help lists has a help of its own and a section in the
@@ -94,6 +88,7 @@ done
 # JSON document on stdout (none after a usage error, whose message shows the
 # form expected). The global options go before the command on one row, after
 # it on the next.
+program=$(tr '[:lower:]' '[:upper:]' <<<"$(basename "${tool[-1]}")")
 mkdir -p "$work/store/QUORL" "$work/files"
 touch "$work/files/doomed"
 printf '<Settings><Colour>blue</Colour></Settings>' >"$work/store/QUORL/ot_settings.xml"
@@ -109,7 +104,8 @@ rows=(
     "0 process find '$program'" "3 process find no-such-program" "4 process run no-such-program"
     "0 time to-gmt '2026-01-15 12:00:00'" "0 time from-gmt '2026-07-15 12:00:00.5'" "0 time now-gmt"
     "2 time to-gmt '2026-02-30 12:00:00'" "2 time to-gmt '2026-02-28 -1:00:00'"
-    "2 time to-gmt '2026-02-28 12:00:1e1'" "0 path long '$nonascii'" "0 path delete '$files/doomed'"
+    "2 time to-gmt '2026-02-28 12:00:1e1'" "2 time to-gmt '2026-13-01 00:00:00'"
+    "0 path long '$nonascii'" "0 path delete '$files/doomed'"
     "0 language text 108" "0 language suffixes" "3 language localised-file '$files/none.chm'" "0 network cards"
     "0 network adapters" "3 network interface nope" "0 inventory" "0 about"
 )

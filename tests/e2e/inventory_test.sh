@@ -6,10 +6,9 @@ set -u
 . "$(dirname "$0")/harness.bash" "$@"
 unset OSTREL_WMI
 
-# This machine, through the Linux provider: a stamp, CR LF everywhere (what
-# each line says of the machine: the LinuxWmi suite).
-try "inventory of this machine" '[ "$rc" = 0 ] && [[ "$out" =~ ^//[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\''\n'\'' ]]' inventory
-check "every line ends in CR LF" '[ "$(grep -c $'\''[^\r]$'\'' "$work/out")" = 0 ] && [ -s "$work/out" ]'
+# This machine, through the Linux provider, as the tool writes it (the stamp
+# and the lines: the WmiInventory and LinuxWmi suites).
+try "inventory of this machine: every line ends in CR LF" '[ "$rc" = 0 ] && [ -s "$work/out" ] && [ "$(grep -c $'\''[^\r]$'\'' "$work/out")" = 0 ]' inventory
 cp "$work/out" "$work/native.txt"
 
 # What --json saves, --wmi (or OSTREL_WMI) replays: the same text but the stamp.
@@ -18,23 +17,18 @@ try "the replay gives the same text" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/
 OSTREL_WMI="$work/pc.json" try "OSTREL_WMI names the file; saving it again gives the same file" 'cmp -s "$work/pc.json" "$work/out"' inventory --json
 try "a pipe is read for its content" '[ "$rc" = 0 ] && diff <(tail -n +2 "$work/native.txt") <(tail -n +2 "$work/out") >&2' --wmi <(cat "$work/pc.json") inventory
 
-# A saved machine with the quirks: an absent class, an absent property, a
-# silent video card, accounts absent, empty and named.
+# A saved machine with the quirks: an absent class and property, null and
+# numbers as text, accounts absent, empty and named (the lines: WmiInventory).
 cat >"$work/quirks.json" <<'JSON'
 {
   "Win32_ComputerSystem": [{"Manufacturer": "Quux", "Model": null, "SystemType": "x64-based PC",
     "TotalPhysicalMemory": "2147483648", "DNSHostName": "pc1", "Domain": "WORKGROUP",
     "Workgroup": null, "name": "PC1"}],
   "Win32_Processor": [
-    {"name": "Fast", "MaxClockSpeed": 3000, "NumberOfCores": 4, "AddressWidth": 64,
-     "version": null, "DeviceId": "CPU0", "ProcessorId": "AB"},
     {"name": "Fast", "MaxClockSpeed": "2999.6", "NumberOfCores": 4, "AddressWidth": 64,
-     "version": null, "DeviceId": "CPU1", "ProcessorId": null}],
-  "Win32_VideoController": [
-    {"name": "", "VideoProcessor": null, "DriverVersion": null, "AdapterRAM": 0,
-     "VideoModeDescription": null},
-    {"name": "Card", "VideoProcessor": "GPU", "DriverVersion": "1.2", "AdapterRAM": 1,
-     "VideoModeDescription": null}],
+     "version": null, "DeviceId": "CPU0", "ProcessorId": null}],
+  "Win32_VideoController": [{"name": "Card", "VideoProcessor": "GPU", "DriverVersion": "1.2",
+    "AdapterRAM": 1, "VideoModeDescription": null}],
   "Win32_OperatingSystem": [{"name": "Sys 10|C:\\WINDOWS|", "ServicePackMajorVersion": 2,
     "ServicePackMinorVersion": 0}],
   "Win32_LogonSession": [
@@ -47,8 +41,8 @@ JSON
 run --wmi "$work/quirks.json" --trace inventory
 expected='//Quux, x64-based PC, 2.0GB, PC1.WORKGROUP  
 //Win32_BIOS not supported
-//CPU_0 Fast, AB, 3000Mhz  CPU_0 Fast, 3000Mhz  
-//Video_1 Card, GPU, 1.2  
+//CPU_0 Fast, 3000Mhz  
+//Video_0 Card, GPU, 1.2  
 ////Win32_LogonSession USER count:3
 //Win32_LogonSession USER count:3'
 check "the quirks of a saved machine" '[ "$rc" = 0 ] && [ "$(tail -n +2 <<<"$out")" = "$expected" ]'

@@ -20,14 +20,11 @@ cp "$dist"/Ostrel-*-x64.msi "$work/Ostrel.msi"
 files=("$work"/x64/Ostrel.dll "$work"/x64/ostrel.exe "$work"/x86/Ostrel.dll "$work"/x86/ostrel.exe "$work/Ostrel.msi")
 OSTREL_SIGN_PFX="$work/signer.pfx" OSTREL_SIGN_PASSWORD=throwaway "$root/packaging/sign" "${files[@]}"
 for file in "${files[@]}"; do
-  name="${file#"$work"/}"
   report=$(osslsigncode verify -in "$file" 2>&1 || true)
-  if grep -q "Message digest algorithm: SHA256" <<<"$report" &&
-    grep -q "CN=Ostrel test signer" <<<"$report"; then
-    echo "ok   $name: signed, SHA-256, by the test certificate"
+  if grep -q "Message digest algorithm: SHA256" <<<"$report" && grep -q "CN=Ostrel test signer" <<<"$report"; then
+    echo "ok   ${file#"$work"/}: signed, SHA-256, by the test certificate"
   else
-    echo "FAIL $name: no signature read back"
-    echo "$report" | head -n 20
+    printf 'FAIL %s: no signature read back\n%s\n' "${file#"$work"/}" "$(head -n 20 <<<"$report")"
     failures=$((failures + 1))
   fi
 done
