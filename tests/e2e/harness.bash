@@ -11,6 +11,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
 
+# has TEXT PART: the text holds the part, as it stands (no pattern).
+has() { grep -qF -- "$2" <<<"$1"; }
+
 # expect NAME EXPECTED ACTUAL: the two texts must be equal; a diff when not.
 expect() { # NAME EXPECTED ACTUAL
     if [ "$2" == "$3" ]; then echo "ok: $1"; return; fi

@@ -29,7 +29,6 @@ trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$work" "$data"; cle
 rm -rf "$data"
 clean_older
 mkdir -p "$data"
-has() { grep -qF -- "$2" <<<"$1"; }
 
 # hold NAME MS: a process that holds the lock; returns once it has it. The
 # holds are long and end by a kill, so that a slow start of the next process

@@ -19,7 +19,6 @@ data="$ProgramData/QUORL"
 settings="$data/ot_settings.xml"
 attacker() { setpriv --reuid=nobody --regid=nogroup --clear-groups "$@"; }
 denied='[gsubSaveApplicationSetting] Unable to save Ostrel:Settings[Colour] setting.  ERROR: Permission denied'
-has() { grep -qF -- "$2" <<<"$1"; }
 # fresh MODE: an empty data folder, world-writable as MODE says; root's secret beside it.
 fresh() {
   rm -rf "$ProgramData" "$XDG_CONFIG_HOME" "$work/made"
