@@ -231,7 +231,7 @@ TEST_F(LanguageText, HostileFilesAreNamedAndReportedOnce) {
 }
 
 // The test's own folder as the component folder, British English chosen ("en", "en-GB").
-class LocalisedFiles : public ::testing::Test {
+class LocalisedFiles : public LanguageText {
   protected:
     LocalisedFiles() {
         fx.environment.folder = utf8Of(fx.programData);
@@ -241,11 +241,9 @@ class LocalisedFiles : public ::testing::Test {
     }
     // Creates the named files (and only those) in the folder.
     void create(const std::vector<const char*>& names) {
-        for (const char* name : names) fakes::writeBytes(fx.programData / name, "x");
+        for (const char* name : names) writeBytes(fx.programData / name, "x");
     }
     std::string in(const char* name) const { return utf8Of(fx.programData / name); }
-
-    fakes::TestApartment fx;
 };
 
 TEST_F(LocalisedFiles, TriesSuffix2ThenSuffix1AndNeverThePlainFile) {
@@ -304,20 +302,19 @@ TEST_F(LocalisedFiles, DisplayErrorShapesAndStyle) {
         int32_t number;
         const char* description;
         int32_t style;
-        const char* shown;  // the style shown, then the text
+        const char* shown;  // the style shown | the text
     } cases[] = {
-        {91, "Object not set", 0, "48 frmAbout.Load\r\n91: Object not set"},
-        {91, "", 16, "16 frmAbout.Load\r\n91: "},
-        {-2147024894, "x", 0, "48 frmAbout.Load\r\n-2147024894: x"},
-        {0, "Nothing to show", 64, "64 frmAbout.Load\r\n\r\nNothing to show"},
-        {0, "", 0, "48 frmAbout.Load"},
+        {91, "Object not set", 0, "48|frmAbout.Load\r\n91: Object not set"},
+        {91, "", 16, "16|frmAbout.Load\r\n91: "},
+        {-2147024894, "x", 0, "48|frmAbout.Load\r\n-2147024894: x"},
+        {0, "Nothing to show", 64, "64|frmAbout.Load\r\n\r\nNothing to show"},
+        {0, "", 0, "48|frmAbout.Load"},
     };
     for (const auto& c : cases) {
         fx.messageBox.shown.clear();
         gsubDisplayError("frmAbout.Load", c.number, c.description, c.style);
-        ASSERT_EQ(fx.messageBox.shown.size(), 1u);
-        EXPECT_EQ(std::to_string(fx.messageBox.shown[0].style) + " " + fx.messageBox.shown[0].text,
-                  c.shown);
+        EXPECT_EQ(fx.messageBox.boxes(),
+                  std::vector<std::string>{"Ostrel|" + std::string(c.shown)});
     }
 }
 

@@ -101,8 +101,7 @@ TEST_F(Paths, DeleteFileSaysWhetherTheFileIsGoneNotWhoRemovedIt) {
     EXPECT_FALSE(gfblnDeleteFile(fakes::utf8Of(file))) << "none can be made";
 }
 
-TEST(FileSystemObject, WorksOnRealFilesWithTheRunTimesErrors) {
-    fakes::TestApartment fx;
+TEST_F(Paths, TheFileSystemObjectWorksOnRealFilesWithTheRunTimesErrors) {
     EXPECT_EQ(errorNumberOf([] { FileSystemObject fso(nullptr); }), 429);
     const FileSystemObject fso(fx.ports.fileSystem);
     const std::string folder = fakes::utf8Of(fx.programData);
@@ -129,8 +128,7 @@ TEST(FileSystemObject, WorksOnRealFilesWithTheRunTimesErrors) {
 }
 
 // The real calls.
-TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
-    fakes::TestApartment fx;
+TEST_F(Paths, TheSystemsLongNamesAndCurrentFolder) {
     fx.use(&platform::Ports::paths, &platform::systemPaths());
     // Not ASCII: the A calls count its bytes in the ANSI code page, not in UTF-8.
     const std::filesystem::path home = fx.programData / fakes::pathOf("Jürgen");
@@ -167,7 +165,7 @@ TEST(SystemPaths, LongNamesAndTheCurrentFolderOnThisSystem) {
     // A file the system keeps whoever asks: the deletion fails quietly.
     EXPECT_FALSE(gfblnDeleteFile("/proc/version"));
 #endif
-    EXPECT_TRUE(fx.debugStream.texts.empty()) << "nothing of it logged";
+    EXPECT_TRUE(said().empty()) << "nothing of it logged";
 }
 
 #ifdef _WIN32
@@ -182,8 +180,7 @@ BOOL CALLBACK firstVisible(HWND window, LPARAM out) {
 // The shell's own object, made by its name and called late bound: no error
 // on the way. A dialogue that shows is cancelled by a second thread, as a
 // user would; without a display Wine's shell answers Nothing at once.
-TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
-    fakes::TestApartment fx;
+TEST_F(Paths, TheSystemShellsFolderDialogueCancelledGivesNothingAndNoMessage) {
     fx.use(&platform::Ports::shell, &platform::systemShell());
     const DWORD caller = GetCurrentThreadId();
     std::atomic<bool> done{false};
@@ -198,7 +195,7 @@ TEST(SystemShell, TheFolderDialogueCancelledGivesNothingAndNoMessage) {
     EXPECT_EQ(gfstrBrowseForFolder(0, "Pick", kBrowseOptions, ""), "");
     done = true;
     user.join();
-    EXPECT_TRUE(fx.debugStream.texts.empty());
+    EXPECT_TRUE(said().empty());
 }
 #endif
 

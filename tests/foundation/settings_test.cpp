@@ -252,6 +252,7 @@ class DebugLog : public ::testing::Test {
         gsubInitDebug("", 0);
     }
     std::filesystem::path logFile() const { return pathOf(fx.dataFile("ot.log")); }
+    const Calls& lines() const { return fx.debugStream.texts; }
 
     fakes::TestApartment fx;
 };
@@ -267,7 +268,7 @@ TEST_F(DebugLog, WithoutMarkerOnlyTheDebuggerHearsAndAnOldLogStays) {
     EXPECT_FALSE(gblnDebug());
     EXPECT_EQ(glngDebugLevel(), 0);
     EXPECT_EQ(readBytes(logFile()), oldLog);
-    EXPECT_EQ(fx.debugStream.texts, Calls{"hello\r\n"});
+    EXPECT_EQ(lines(), Calls{"hello\r\n"});
 }
 
 TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLinesOnce) {
@@ -284,14 +285,14 @@ TEST_F(DebugLog, MarkerStartsTheLogWithABannerAndStampedLinesOnce) {
                                         "09:02:03 05-Mrz-2024 [gfstrDemo] ERROR: File not found\r\n"
                                         "09:02:03 05-Mrz-2024 \r\n"
                                         "09:02:03 05-Mrz-2024 ends\r\n\r\n");
-    EXPECT_EQ(fx.debugStream.texts,
+    EXPECT_EQ(lines(),
               (Calls{kBanner, "[gfstrDemo] ERROR: File not found\r\n", "\r\n", "ends\r\n"}));
 
     // A second start with the flag set only lowers the level: no new banner.
     gsubInitDebug("", 0);
     EXPECT_TRUE(gblnDebug());
     EXPECT_EQ(glngDebugLevel(), 0);
-    EXPECT_EQ(fx.debugStream.texts.size(), 4u);
+    EXPECT_EQ(lines().size(), 4u);
 }
 
 // The real files, but no file can be deleted.
@@ -384,7 +385,7 @@ TEST_F(DebugLog, FailingStepsArePassedOver) {
     apartment().gstrLogFilename = "stale.log";
     gsubStartLog();
     EXPECT_EQ(apartment().gstrLogFilename, "");
-    EXPECT_TRUE(fx.debugStream.texts.empty());
+    EXPECT_TRUE(lines().empty());
 
     // A log that can't be written loses the line, not the debugger output.
     apartment().gblnDebug = false;
@@ -393,7 +394,7 @@ TEST_F(DebugLog, FailingStepsArePassedOver) {
     const auto folder = pathOf(fx.dataFolder());
     std::filesystem::remove_all(folder);
     gsubDebugPrint("lost");
-    EXPECT_EQ(fx.debugStream.texts.back(), "lost\r\n");
+    EXPECT_EQ(lines().back(), "lost\r\n");
 
     // The next message tries again from the start; without a debugger stream
     // the file still has it.
@@ -403,13 +404,8 @@ TEST_F(DebugLog, FailingStepsArePassedOver) {
     EXPECT_EQ(readBytes(logFile()), kStamp + "back\r\n");
 }
 
-// The lock that guards the file.
-
-class MutexGuard : public ::testing::Test {
-  protected:
-    const std::vector<std::string>& said() const { return fx.debugStream.texts; }
-    fakes::TestApartment fx;
-};
+// The lock that guards the file, in the log's apartment.
+using MutexGuard = DebugLog;
 
 TEST_F(MutexGuard, ObtainsAndReleasesSilentlyUpToLevel1000AndTracesAbove) {
     apartment().glngDebugLevel = 1000;
@@ -419,8 +415,8 @@ TEST_F(MutexGuard, ObtainsAndReleasesSilentlyUpToLevel1000AndTracesAbove) {
     apartment().glngDebugLevel = 1001;
     handle = GetMutex("M", 0);
     ReleaseMutexHandle(handle);
-    EXPECT_EQ(said(), (Calls{"Obtained mutex(M,2)\r\n", "Released mutex handle(2)\r\n",
-                             "Closed mutex handle(2)\r\n"}));
+    EXPECT_EQ(lines(), (Calls{"Obtained mutex(M,2)\r\n", "Released mutex handle(2)\r\n",
+                              "Closed mutex handle(2)\r\n"}));
 
     // The same variable a second time (released, it holds 0), or an empty name: nothing at all.
     fx.namedMutex.calls.clear();
@@ -441,8 +437,9 @@ TEST_F(MutexGuard, FailedWaitsAndCreationsGiveZeroAndTheirLineAnAbandonedOneIsAS
     EXPECT_EQ(GetMutex("M", 10), 3);
     fx.namedMutex.createFails = true;
     EXPECT_EQ(GetMutex("M", 10), 0);
-    EXPECT_EQ(said(), (Calls{"Failed getting mutex(M)\r\n", "Failed getting mutex(M)\r\n",
-                             "Obtained abandoned mutex(M,3)\r\n", "Failed creating mutex(M)\r\n"}));
+    EXPECT_EQ(lines(),
+              (Calls{"Failed getting mutex(M)\r\n", "Failed getting mutex(M)\r\n",
+                     "Obtained abandoned mutex(M,3)\r\n", "Failed creating mutex(M)\r\n"}));
 }
 
 TEST_F(MutexGuard, RefusedReleaseAndCloseAreToldInTheReleasesWords) {
@@ -457,15 +454,15 @@ TEST_F(MutexGuard, RefusedReleaseAndCloseAreToldInTheReleasesWords) {
     handle = GetMutex("M", 10);
     EXPECT_TRUE(ReleaseMutexHandle(handle)) << "a failed close doesn't change the result";
     EXPECT_EQ(handle, 0);
-    EXPECT_EQ(said(), (Calls{"Released mutex handle(1) = 288\ttext of 288\r\n",
-                             "Released mutex handle(2) = 289\ttext of 289\r\n"}));
+    EXPECT_EQ(lines(), (Calls{"Released mutex handle(1) = 288\ttext of 288\r\n",
+                              "Released mutex handle(2) = 289\ttext of 289\r\n"}));
 }
 
 TEST_F(MutexGuard, WithoutALockServiceTheRunTimeErrorIsLogged) {
     fx.use(&platform::Ports::namedMutex, nullptr);
     EXPECT_EQ(GetMutex("M", 10), 0);
-    EXPECT_EQ(said(), Calls{"[GetMutex] Name: M ERROR: 429 - ActiveX component can't create "
-                            "object\r\n"});
+    EXPECT_EQ(lines(), Calls{"[GetMutex] Name: M ERROR: 429 - ActiveX component can't create "
+                             "object\r\n"});
     int32_t handle = 7;
     EXPECT_FALSE(ReleaseMutexHandle(handle));
     EXPECT_EQ(handle, 0);
