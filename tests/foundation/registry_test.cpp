@@ -86,6 +86,7 @@ const char* const kVersion5 =
     "\"SzBytes\"=hex(1):4f,00,4b,00,00,00\r\n"
     "[HKEY_CURRENT_USER\\Software]\r\n\"User\"=\"yes\"\r\n";
 
+// RegFile: the reader of .reg texts and files, their encodings and errors.
 TEST(RegFile, ReadsEveryValueKindInEveryEncodingAndInPieces) {
     // First a value of characters of two UTF-16 units each, long enough to
     // span a read: of two UTF-16 files a unit apart, one splits a pair where
@@ -177,6 +178,8 @@ TEST(RegFile, BadFilesNameFileAndLineAndLoadNothing) {
     // Nothing of any bad text or file stayed.
     EXPECT_EQ(keysOf(registry, ""), "0kept");
 }
+
+// RegFileRegistry: the key tree the texts are layered into, and its look-ups.
 
 // Layers a REGEDIT4 text of keys under HKEY_LOCAL_MACHINE: "[Q]" stands for
 // "[HKEY_LOCAL_MACHINE\Q]", "[-Q]" for its deletion and "[]" for the root.
