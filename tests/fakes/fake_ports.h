@@ -74,6 +74,14 @@ class CapturingDebugStream : public platform::DebugStreamPort {
   public:
     std::vector<std::string> texts;
     void write(std::string_view text) override { texts.emplace_back(text); }
+    // The texts since the last call (or clear), without their line ends.
+    std::vector<std::string> lines() {
+        std::vector<std::string> lines;
+        for (const std::string& text : texts)
+            lines.push_back(text.substr(0, text.find_last_not_of("\r\n") + 1));
+        texts.clear();
+        return lines;
+    }
 };
 
 // Keeps every box shown instead of showing it.
@@ -439,12 +447,10 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
         if (value == values.end()) return 2;
         type = value->second.type;
         const std::string& bytes = value->second.bytes;
-        if (bytes.size() > size || bytes.size() > buffer.size()) {
-            size = static_cast<uint32_t>(bytes.size());
-            return 234;
-        }
-        std::copy(bytes.begin(), bytes.end(), buffer.begin());
+        const bool fits = bytes.size() <= size && bytes.size() <= buffer.size();
         size = static_cast<uint32_t>(bytes.size());
+        if (!fits) return 234;
+        std::copy(bytes.begin(), bytes.end(), buffer.begin());
         return 0;
     }
     int32_t closeKey(int64_t key) override {

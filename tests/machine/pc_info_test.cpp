@@ -34,14 +34,7 @@ class PcInfoTest : public ::testing::Test {
         apartment().gblnDebug = on;
         apartment().glngDebugLevel = level;
     }
-    // What reached the debugger stream since the last call, without the CR LF.
-    std::vector<std::string> logged() {
-        std::vector<std::string> lines;
-        for (const std::string& text : apt.debugStream.texts)
-            lines.push_back(text.substr(0, text.find("\r\n")));
-        apt.debugStream.texts.clear();
-        return lines;
-    }
+    std::vector<std::string> logged() { return apt.debugStream.lines(); }
 
     fakes::TestApartment apt;
 };
