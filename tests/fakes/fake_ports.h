@@ -161,40 +161,37 @@ class FakeSystemInfo : public platform::SystemInfoPort {
 
 // A lock inside this test: what each call answers is the test's to say,
 // and every call is written down ("create NAME", "wait H MS", "release H",
-// "close H"). Handles count from 1; errors have the text "text of CODE".
+// "close H"). Handles count from 1; a failure is error 288 (289 on close),
+// whose text is "text of CODE".
 class FakeNamedMutex : public platform::NamedMutexPort {
   public:
     bool createFails = false;
     uint32_t waitAnswer = kWaitObtained;
     bool releaseFails = false;
     bool closeFails = false;
-    int32_t failureCode = 288;
     std::vector<std::string> calls;
 
     int32_t create(std::string_view name) override {
         calls.push_back("create " + std::string(name));
         if (!createFails) return nextHandle_++;
-        lastError_ = failureCode;
+        lastError_ = 288;
         return 0;
     }
     uint32_t wait(int32_t handle, int32_t timeoutMs) override {
         calls.push_back("wait " + std::to_string(handle) + " " + std::to_string(timeoutMs));
         return waitAnswer;
     }
-    bool release(int32_t handle) override {
-        calls.push_back("release " + std::to_string(handle));
-        if (releaseFails) lastError_ = failureCode;
-        return !releaseFails;
-    }
-    bool close(int32_t handle) override {
-        calls.push_back("close " + std::to_string(handle));
-        if (closeFails) lastError_ = failureCode + 1;
-        return !closeFails;
-    }
+    bool release(int32_t handle) override { return answer("release ", handle, releaseFails, 288); }
+    bool close(int32_t handle) override { return answer("close ", handle, closeFails, 289); }
     int32_t lastError() override { return lastError_; }
     std::string errorText(int32_t code) override { return "text of " + std::to_string(code); }
 
   private:
+    bool answer(std::string verb, int32_t handle, bool fails, int32_t code) {
+        calls.push_back(verb + std::to_string(handle));
+        if (fails) lastError_ = code;
+        return !fails;
+    }
     int32_t nextHandle_ = 1;
     int32_t lastError_ = 0;
 };
