@@ -84,25 +84,12 @@ class CapturingDebugStream : public platform::DebugStreamPort {
     }
 };
 
-// Keeps every box shown instead of showing it.
+// Keeps every box shown, as "title|style|text", instead of showing it.
 class CapturingMessageBox : public platform::MessageBoxPort {
   public:
-    struct Shown {
-        std::string text;
-        int32_t style = 0;
-        std::string title;
-    };
-    std::vector<Shown> shown;
+    std::vector<std::string> shown;
     void show(std::string_view text, int32_t style, std::string_view title) override {
-        shown.push_back(Shown{std::string(text), style, std::string(title)});
-    }
-    // Each box as "title|style|text".
-    std::vector<std::string> boxes() const {
-        std::vector<std::string> lines;
-        for (const Shown& box : shown) {
-            lines.push_back(box.title + "|" + std::to_string(box.style) + "|" + box.text);
-        }
-        return lines;
+        shown.push_back(std::string(title) + "|" + std::to_string(style) + "|" + std::string(text));
     }
 };
 
