@@ -100,9 +100,8 @@ class FakeEnvironment : public platform::EnvironmentPort {
     std::map<std::string, std::string, std::less<>> variables;
     std::string folder;
     std::optional<std::string> variable(std::string_view name) override {
-        const auto found = variables.find(name);
-        if (found == variables.end()) return std::nullopt;
-        return found->second;
+        if (const auto found = variables.find(name); found != variables.end()) return found->second;
+        return std::nullopt;
     }
     std::string componentFolder() override { return folder; }
 };
@@ -475,7 +474,7 @@ class FakeWindowing : public platform::WindowPort {
 class FakeWmi : public platform::WmiPort {
   public:
     std::map<std::string, std::vector<platform::WmiRecord>> classes;
-    std::vector<std::string> failingClasses;
+    std::set<std::string, std::less<>> failingClasses;
     bool unreachable = false;
     std::vector<std::string> monikers, queries;
 
@@ -490,10 +489,7 @@ class FakeWmi : public platform::WmiPort {
       public:
         explicit Services(FakeWmi& wmi)
             : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
-                  const auto& failing = wmi.failingClasses;
-                  if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
-                      raise(-2147217392, "Invalid class");
-                  }
+                  if (wmi.failingClasses.count(className)) raise(-2147217392, "Invalid class");
                   const auto found = wmi.classes.find(std::string(className));
                   if (found == wmi.classes.end()) return std::nullopt;
                   return found->second;
