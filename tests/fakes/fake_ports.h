@@ -54,9 +54,9 @@ inline std::string settingKey(std::string_view application, std::string_view sec
     return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
 }
 
-inline std::string hex(uint32_t number) {
+inline std::string hex(int64_t number) {
     char text[16];
-    std::snprintf(text, sizeof text, "%X", number);
+    std::snprintf(text, sizeof text, "%X", static_cast<uint32_t>(number));
     return text;
 }
 
@@ -290,11 +290,9 @@ class FakeTimeZone : public platform::TimeZonePort {
     }
     bool systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
                                          platform::SystemTimeRecord& local) override {
-        given.push_back(universal);
-        if (zoneRefuses) return false;
         platform::FileTimeValue fileTime = 0;
-        systemTimeToFileTime(universal, fileTime);
-        given.pop_back();
+        systemTimeToFileTime(universal, fileTime);  // which keeps `universal`
+        if (zoneRefuses) return false;
         const int32_t offset = ruleOfDate ? ruleOfDate(universal) : 0;
         fileTime += detail::seconds(int64_t{offset} * 60);
         return fileTimeToSystemTime(fileTime, local);
@@ -412,8 +410,7 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
 
     int32_t openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
                       int64_t& key) override {
-        const std::string path =
-            detail::hex(static_cast<uint32_t>(hive)) + "\\" + std::string(subKey);
+        const std::string path = detail::hex(hive) + "\\" + std::string(subKey);
         calls.push_back("open " + path + " " + detail::hex(access));
         if (refused.count(path)) return 5;
         if (!keys.count(path)) return 2;
