@@ -41,7 +41,7 @@ TEST(Startup, FillsTheGlobalsOnceAndShowsNothing) {
 // state Failed and is never retried.
 void expectFailedOnce(TestApartment& fx, const std::string& text) {
     ensureStarted();
-    EXPECT_EQ(fx.messageBox.shown, std::vector<std::string>{"Ostrel|16|" + text});
+    EXPECT_EQ(fx.messageBox.boxes(), std::vector<std::string>{"Ostrel|16|" + text});
     EXPECT_EQ(apartment().startState, StartState::Failed);
     ensureStarted();
     EXPECT_EQ(fx.messageBox.shown.size(), 1u) << "no retry";
@@ -54,7 +54,7 @@ TEST(Startup, DamagedLanguageFileIsReportedOnceByFileAndLineAndStartUpGoesOn) {
     fakes::writeBytes(fx.programData / "Ostrel.en.txt", "108=Ostrel\nno text here\n");
     fx.install();
     ensureStarted();
-    EXPECT_EQ(fx.messageBox.shown,
+    EXPECT_EQ(fx.messageBox.boxes(),
               std::vector<std::string>{"Ostrel|16|Bad text at line 2 of " +
                                        fakes::utf8Of(fx.programData / "Ostrel.en.txt")});
     EXPECT_EQ(apartment().startState, StartState::Started);

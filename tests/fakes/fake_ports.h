@@ -91,6 +91,7 @@ class CapturingMessageBox : public platform::MessageBoxPort {
     void show(std::string_view text, int32_t style, std::string_view title) override {
         shown.push_back(std::string(title) + "|" + std::to_string(style) + "|" + std::string(text));
     }
+    const std::vector<std::string>& boxes() const { return shown; }
 };
 
 // Environment variables from a map (a missing entry is an unset variable)

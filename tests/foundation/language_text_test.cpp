@@ -304,7 +304,7 @@ TEST_F(LocalisedFiles, DisplayErrorShapesAndStyle) {
         int32_t number;
         const char* description;
         int32_t style;
-        const char* shown;  // the box after its title: style|text
+        const char* shown;  // the style shown | the text
     } cases[] = {
         {91, "Object not set", 0, "48|frmAbout.Load\r\n91: Object not set"},
         {91, "", 16, "16|frmAbout.Load\r\n91: "},
@@ -315,7 +315,8 @@ TEST_F(LocalisedFiles, DisplayErrorShapesAndStyle) {
     for (const auto& c : cases) {
         fx.messageBox.shown.clear();
         gsubDisplayError("frmAbout.Load", c.number, c.description, c.style);
-        EXPECT_EQ(fx.messageBox.shown, std::vector<std::string>{"Ostrel|" + std::string(c.shown)});
+        EXPECT_EQ(fx.messageBox.boxes(),
+                  std::vector<std::string>{"Ostrel|" + std::string(c.shown)});
     }
 }
 

@@ -223,7 +223,7 @@ TEST_F(AboutWindow, StartSysInfoFindsTheToolOrSaysItIsUnavailable) {
 
         const bool shown = c.started.empty();
         EXPECT_EQ(fx.processes.started, shown ? kNothing : std::vector{c.started});
-        EXPECT_EQ(fx.messageBox.shown, shown ? kUnavailable : kNothing);
+        EXPECT_EQ(fx.messageBox.boxes(), shown ? kUnavailable : kNothing);
         const auto& calls = fx.ansiRegistry.calls;
         const bool secondKeyRead = std::any_of(calls.begin(), calls.end(), [](const auto& call) {
             return call.find(kFolderKey) != std::string::npos;
