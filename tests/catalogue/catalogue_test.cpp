@@ -65,14 +65,7 @@ class CatalogueTest : public ::testing::Test {
         product->ProductName(name);
         return product;
     }
-    // Without their line ends.
-    std::vector<std::string> logLines() const {
-        std::vector<std::string> lines;
-        for (const std::string& text : apartment_.debugStream.texts) {
-            lines.push_back(text.substr(0, text.find_last_not_of("\r\n") + 1));
-        }
-        return lines;
-    }
+    std::vector<std::string> logLines() { return apartment_.debugStream.lines(); }
 
     // Part number, display name, application path, build, label, icon, revision, tool tip.
     static std::string record(const Ref<wncSoftwareProduct>& product) {
@@ -209,7 +202,6 @@ TEST_F(SoftwareProductsTest, ReadAllKeepsTheFirstKnownNumberInCharacterCodeOrder
     EXPECT_THAT(logLines(), ElementsAre(first, second)) << "unknown ones only with the log on";
     EXPECT_EQ(products->Item(Variant(int32_t{2}))->Parent(), products);
 
-    apartment_.debugStream.texts.clear();
     apartment().gblnDebug = true;
     OwnedProducts(newSoftwareProducts())->ReadAll();
     const std::string unknown = "[ReadAllProducts] Ignoring unknown product:";

@@ -54,9 +54,9 @@ inline std::string settingKey(std::string_view application, std::string_view sec
     return std::string(application) + "\\" + std::string(section) + "\\" + std::string(key);
 }
 
-inline std::string hex(uint32_t number) {
+inline std::string hex(int64_t number) {
     char text[16];
-    std::snprintf(text, sizeof text, "%X", number);
+    std::snprintf(text, sizeof text, "%X", static_cast<uint32_t>(number));
     return text;
 }
 
@@ -74,28 +74,24 @@ class CapturingDebugStream : public platform::DebugStreamPort {
   public:
     std::vector<std::string> texts;
     void write(std::string_view text) override { texts.emplace_back(text); }
-};
-
-// Keeps every box shown instead of showing it.
-class CapturingMessageBox : public platform::MessageBoxPort {
-  public:
-    struct Shown {
-        std::string text;
-        int32_t style = 0;
-        std::string title;
-    };
-    std::vector<Shown> shown;
-    void show(std::string_view text, int32_t style, std::string_view title) override {
-        shown.push_back(Shown{std::string(text), style, std::string(title)});
-    }
-    // Each box as "title|style|text".
-    std::vector<std::string> boxes() const {
+    // The texts since the last call (or clear), without their line ends.
+    std::vector<std::string> lines() {
         std::vector<std::string> lines;
-        for (const Shown& box : shown) {
-            lines.push_back(box.title + "|" + std::to_string(box.style) + "|" + box.text);
-        }
+        for (const std::string& text : texts)
+            lines.push_back(text.substr(0, text.find_last_not_of("\r\n") + 1));
+        texts.clear();
         return lines;
     }
+};
+
+// Keeps every box shown, as "title|style|text", instead of showing it.
+class CapturingMessageBox : public platform::MessageBoxPort {
+  public:
+    std::vector<std::string> shown;
+    void show(std::string_view text, int32_t style, std::string_view title) override {
+        shown.push_back(std::string(title) + "|" + std::to_string(style) + "|" + std::string(text));
+    }
+    const std::vector<std::string>& boxes() const { return shown; }
 };
 
 // Environment variables from a map (a missing entry is an unset variable)
@@ -105,9 +101,8 @@ class FakeEnvironment : public platform::EnvironmentPort {
     std::map<std::string, std::string, std::less<>> variables;
     std::string folder;
     std::optional<std::string> variable(std::string_view name) override {
-        const auto found = variables.find(name);
-        if (found == variables.end()) return std::nullopt;
-        return found->second;
+        if (const auto found = variables.find(name); found != variables.end()) return found->second;
+        return std::nullopt;
     }
     std::string componentFolder() override { return folder; }
 };
@@ -153,40 +148,37 @@ class FakeSystemInfo : public platform::SystemInfoPort {
 
 // A lock inside this test: what each call answers is the test's to say,
 // and every call is written down ("create NAME", "wait H MS", "release H",
-// "close H"). Handles count from 1; errors have the text "text of CODE".
+// "close H"). Handles count from 1; a failure is error 288 (289 on close),
+// whose text is "text of CODE".
 class FakeNamedMutex : public platform::NamedMutexPort {
   public:
     bool createFails = false;
     uint32_t waitAnswer = kWaitObtained;
     bool releaseFails = false;
     bool closeFails = false;
-    int32_t failureCode = 288;
     std::vector<std::string> calls;
 
     int32_t create(std::string_view name) override {
         calls.push_back("create " + std::string(name));
         if (!createFails) return nextHandle_++;
-        lastError_ = failureCode;
+        lastError_ = 288;
         return 0;
     }
     uint32_t wait(int32_t handle, int32_t timeoutMs) override {
         calls.push_back("wait " + std::to_string(handle) + " " + std::to_string(timeoutMs));
         return waitAnswer;
     }
-    bool release(int32_t handle) override {
-        calls.push_back("release " + std::to_string(handle));
-        if (releaseFails) lastError_ = failureCode;
-        return !releaseFails;
-    }
-    bool close(int32_t handle) override {
-        calls.push_back("close " + std::to_string(handle));
-        if (closeFails) lastError_ = failureCode + 1;
-        return !closeFails;
-    }
+    bool release(int32_t handle) override { return answer("release ", handle, releaseFails, 288); }
+    bool close(int32_t handle) override { return answer("close ", handle, closeFails, 289); }
     int32_t lastError() override { return lastError_; }
     std::string errorText(int32_t code) override { return "text of " + std::to_string(code); }
 
   private:
+    bool answer(std::string verb, int32_t handle, bool fails, int32_t code) {
+        calls.push_back(verb + std::to_string(handle));
+        if (fails) lastError_ = code;
+        return !fails;
+    }
     int32_t nextHandle_ = 1;
     int32_t lastError_ = 0;
 };
@@ -299,11 +291,9 @@ class FakeTimeZone : public platform::TimeZonePort {
     }
     bool systemTimeToTzSpecificLocalTime(const platform::SystemTimeRecord& universal,
                                          platform::SystemTimeRecord& local) override {
-        given.push_back(universal);
-        if (zoneRefuses) return false;
         platform::FileTimeValue fileTime = 0;
-        systemTimeToFileTime(universal, fileTime);
-        given.pop_back();
+        systemTimeToFileTime(universal, fileTime);  // which keeps `universal`
+        if (zoneRefuses) return false;
         const int32_t offset = ruleOfDate ? ruleOfDate(universal) : 0;
         fileTime += detail::seconds(int64_t{offset} * 60);
         return fileTimeToSystemTime(fileTime, local);
@@ -421,8 +411,7 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
 
     int32_t openKeyEx(int32_t hive, std::string_view subKey, uint32_t access,
                       int64_t& key) override {
-        const std::string path =
-            detail::hex(static_cast<uint32_t>(hive)) + "\\" + std::string(subKey);
+        const std::string path = detail::hex(hive) + "\\" + std::string(subKey);
         calls.push_back("open " + path + " " + detail::hex(access));
         if (refused.count(path)) return 5;
         if (!keys.count(path)) return 2;
@@ -439,12 +428,10 @@ class FakeAnsiRegistry : public platform::AnsiRegistryPort {
         if (value == values.end()) return 2;
         type = value->second.type;
         const std::string& bytes = value->second.bytes;
-        if (bytes.size() > size || bytes.size() > buffer.size()) {
-            size = static_cast<uint32_t>(bytes.size());
-            return 234;
-        }
-        std::copy(bytes.begin(), bytes.end(), buffer.begin());
+        const bool fits = bytes.size() <= size && bytes.size() <= buffer.size();
         size = static_cast<uint32_t>(bytes.size());
+        if (!fits) return 234;
+        std::copy(bytes.begin(), bytes.end(), buffer.begin());
         return 0;
     }
     int32_t closeKey(int64_t key) override {
@@ -485,7 +472,7 @@ class FakeWindowing : public platform::WindowPort {
 class FakeWmi : public platform::WmiPort {
   public:
     std::map<std::string, std::vector<platform::WmiRecord>> classes;
-    std::vector<std::string> failingClasses;
+    std::set<std::string, std::less<>> failingClasses;
     bool unreachable = false;
     std::vector<std::string> monikers, queries;
 
@@ -500,10 +487,7 @@ class FakeWmi : public platform::WmiPort {
       public:
         explicit Services(FakeWmi& wmi)
             : wmi_(wmi), records_([&wmi](std::string_view className) -> platform::WmiClassRecords {
-                  const auto& failing = wmi.failingClasses;
-                  if (std::find(failing.begin(), failing.end(), className) != failing.end()) {
-                      raise(-2147217392, "Invalid class");
-                  }
+                  if (wmi.failingClasses.count(className)) raise(-2147217392, "Invalid class");
                   const auto found = wmi.classes.find(std::string(className));
                   if (found == wmi.classes.end()) return std::nullopt;
                   return found->second;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <system_error>
 
 #include "foundation/globals.h"
@@ -80,9 +79,7 @@ std::string utf8Of(const std::filesystem::path& path) {
 
 std::string readBytes(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    return std::move(content).str();
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 void writeBytes(const std::filesystem::path& path, std::string_view bytes) {

@@ -34,14 +34,6 @@ class PcInfoTest : public ::testing::Test {
         apartment().gblnDebug = on;
         apartment().glngDebugLevel = level;
     }
-    // What reached the debugger stream since the last call, without the CR LF.
-    std::vector<std::string> logged() {
-        std::vector<std::string> lines;
-        for (const std::string& text : apt.debugStream.texts)
-            lines.push_back(text.substr(0, text.find("\r\n")));
-        apt.debugStream.texts.clear();
-        return lines;
-    }
 
     fakes::TestApartment apt;
 };
@@ -62,7 +54,7 @@ TEST_F(PcInfoTest, TakesTheSnapshotAndFallsBackToUsernameForTheUser) {
     std::string group = "Administrators";
     EXPECT_FALSE(info->IsMemberOfGroup(group) || info->GetNetworkInfo());
     info->DebugPrint();
-    EXPECT_THAT(logged(), IsEmpty());
+    EXPECT_THAT(apt.debugStream.lines(), IsEmpty());
 
     apt.systemInfo.userNames[7] = "example.org/Users/pat";
     EXPECT_EQ(makeRef<wncPCInfo>()->UserName(), "example.org/Users/pat");
@@ -131,11 +123,11 @@ TEST_F(PcInfoTest, DumpsFollowTheDebugLevel) {
         "ServicePack: Major: 1 Minor: 0", "ProductType: 1 PlatformId: 2 Suite: 256"};
     debug(false, 10);
     makeRef<wncPCInfo>();
-    EXPECT_THAT(logged(), IsEmpty());
+    EXPECT_THAT(apt.debugStream.lines(), IsEmpty());
 
     debug(false, 11);
     EXPECT_EQ(makeRef<wncPCInfo>()->versionRecord().szCSDVersion, "Service Pack 1");
-    EXPECT_EQ(logged(), lines);
+    EXPECT_EQ(apt.debugStream.lines(), lines);
 
     apt.systemInfo.version.szCSDVersion = std::string(128, '\0');
     debug(false, 1001);
@@ -143,7 +135,7 @@ TEST_F(PcInfoTest, DumpsFollowTheDebugLevel) {
     lines.erase(lines.begin() + 1);  // no CSD line for an empty text
     lines.push_back("Processor Architecture: 9 Type: 8664 Level: 6 Revision: 14857");
     lines.push_back("Number Processors: 4 ActiveProcessorMask: 15");
-    EXPECT_EQ(logged(), lines);
+    EXPECT_EQ(apt.debugStream.lines(), lines);
 }
 
 TEST_F(PcInfoTest, ClassificationsLogEachTimeTheyAnswerTrue) {
@@ -152,13 +144,13 @@ TEST_F(PcInfoTest, ClassificationsLogEachTimeTheyAnswerTrue) {
     const auto info = makeRef<wncPCInfo>();  // asks for XP or higher itself
     EXPECT_TRUE(info->IsNTPlatform() && info->IsNTPlatform() && info->IsX64Based() &&
                 info->IsXPOrHigher() && info->IsXPEmbedded());
-    EXPECT_THAT(logged(),
+    EXPECT_THAT(apt.debugStream.lines(),
                 ElementsAre("OS is XP or higher", "Is NT platform", "Is NT platform",
                             "OS is X64 based", "OS is XP or higher", "OS is XP embedded"));
     debug(false, 1);
     EXPECT_TRUE(info->IsNTPlatform() && info->IsX64Based() && info->IsXPOrHigher() &&
                 info->IsXPEmbedded());
-    EXPECT_THAT(logged(), IsEmpty());
+    EXPECT_THAT(apt.debugStream.lines(), IsEmpty());
 }
 
 class PcInfoFactory : public PCInfoFactory {

@@ -171,10 +171,9 @@ TEST_F(Processes, TheSystemStartFailsAtOnceAndExpandsNothing) {
         {folder / "missing", "53, File not found"},
     };
     for (const auto& [program, error] : failures) {
-        fx.debugStream.texts.clear();
         EXPECT_FALSE(mfblnRunProgram(program.string(), 0, ReadinessTest()));
-        EXPECT_EQ(said(), Lines{"[mfblnRunProgram] Program failed to run.  prog: " +
-                                program.string() + " Error: " + error + "\r\n"});
+        EXPECT_EQ(fx.debugStream.lines(), Lines{"[mfblnRunProgram] Program failed to run.  prog: " +
+                                                program.string() + " Error: " + error});
     }
 
     const fs::path made[] = {folder / "$HOME", folder / "~", folder / "*"};
